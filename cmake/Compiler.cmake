@@ -1,0 +1,43 @@
+# The compiler the library is built with, its warnings, sanitizers and precompiled header.
+
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 14)
+  message(FATAL_ERROR
+    "GCC ${CMAKE_CXX_COMPILER_VERSION} destroys temporaries of co_await expressions twice; "
+    "the library needs clang 19 (apt-get install clang-19) or GCC 14. "
+    "Configure with: cmake --preset debug. Hosts may still use this GCC.")
+endif()
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_SCAN_FOR_MODULES OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_program(QUENWICK_CCACHE ccache)
+if(QUENWICK_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+      ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${QUENWICK_CCACHE})
+endif()
+
+add_library(quenwick_flags INTERFACE)
+target_compile_options(quenwick_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+                       -Wsign-conversion -Wnon-virtual-dtor -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  target_compile_options(quenwick_flags INTERFACE "SHELL:-Xclang -fno-pch-timestamp")
+  target_link_options(quenwick_flags INTERFACE -fuse-ld=lld)
+endif()
+if(QUENWICK_SANITIZE)
+  target_compile_options(quenwick_flags INTERFACE -fsanitize=${QUENWICK_SANITIZE}
+                         -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(quenwick_flags INTERFACE -fsanitize=${QUENWICK_SANITIZE})
+endif()
+
+# One precompiled header of the standard library, shared by every target.
+file(GENERATE OUTPUT "${CMAKE_BINARY_DIR}/pch.cpp" CONTENT "")
+add_library(quenwick_pch STATIC "${CMAKE_BINARY_DIR}/pch.cpp")
+target_link_libraries(quenwick_pch PRIVATE quenwick_flags)
+target_precompile_headers(quenwick_pch PRIVATE
+  <algorithm> <atomic> <chrono> <condition_variable> <coroutine> <cstdint> <deque> <exception>
+  <filesystem> <functional> <map> <memory> <mutex> <optional> <span> <stop_token> <string>
+  <string_view> <thread> <unordered_map> <utility> <variant> <vector>)
