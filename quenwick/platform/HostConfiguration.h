@@ -1,0 +1,50 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace quenwick::platform {
+
+/// What a host says of itself where the platform cannot see it. Everything is optional.
+struct HostConfiguration {
+  /// Stand before what the information property list says.
+  std::optional<std::string> bundleIdentifier = std::nullopt;
+  std::optional<std::string> bundleVersion = std::nullopt;
+  /// Where the application's Info.plist lies.
+  std::optional<std::filesystem::path> infoPlist = std::nullopt;
+  /// Everything kept lies below this folder, instead of in the user's XDG folders.
+  std::optional<std::filesystem::path> home = std::nullopt;
+};
+
+/// Sets the configuration for the process. Taken once, and before the first use of the main
+/// bundle or of anything kept; false, and nothing changed, after that.
+bool configureHost(HostConfiguration configuration);
+
+/// The configuration in force; from now on it cannot be set any more.
+const HostConfiguration& hostConfiguration();
+
+/// The application's folder for settings, and that for stores; made with mode 0700 where missing.
+std::filesystem::path settingsDirectory();
+std::filesystem::path storesDirectory();
+
+/// Makes the folder (0700) and, in it, the empty file (0600) where they are missing. Whether the
+/// file is there afterwards.
+bool makePrivateFile(const std::filesystem::path& file);
+
+/// Held by one process at a time for a folder, also among the threads of one process.
+class DirectoryLock {
+ public:
+  explicit DirectoryLock(const std::filesystem::path& directory);
+  ~DirectoryLock();
+  DirectoryLock(const DirectoryLock&) = delete;
+  DirectoryLock& operator=(const DirectoryLock&) = delete;
+
+ private:
+  int descriptor_;
+};
+
+/// Renames a damaged SQLite file and its companions out of the way, with one error line.
+void setAside(const std::filesystem::path& file, const std::string& reason);
+
+}  // namespace quenwick::platform

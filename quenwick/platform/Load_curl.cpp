@@ -1,0 +1,212 @@
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "quenwick/platform/Descriptors_curl.h"
+#include "quenwick/platform/Text.h"
+#include "quenwick/platform/TrustStore_openssl.h"
+#include "quenwick/platform/URLError_curl.h"
+#include "quenwick/platform/URLLoader_curl.h"
+
+namespace quenwick::platform {
+namespace {
+
+// What a load takes of a header block at the most.
+constexpr std::size_t kMaximumHeaderFields = 1000;
+constexpr std::string_view kLineEnds("\r\n\0", 3);
+
+std::string_view trimmed(std::string_view text) {
+  auto begin = text.find_first_not_of(" \t");
+  if (begin == text.npos) return {};
+  return text.substr(begin, text.find_last_not_of(" \t\r\n") + 1 - begin);
+}
+
+}  // namespace
+
+Load::Load(URLRequest request, std::shared_ptr<const URLSessionConfiguration> configuration,
+           std::shared_ptr<TrustStore> trust, AskRedirect askRedirect)
+    : request_(std::move(request)),
+      configuration_(std::move(configuration)),
+      trust_(std::move(trust)),
+      askRedirect_(std::move(askRedirect)) {}
+
+/// A handle with what holds for all loads. It is never reset: curl would lose a list of its own.
+Load::Easy Load::makeEasy() {
+  auto* easy = curl_easy_init();
+  curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(easy, CURLOPT_COOKIEFILE, "");
+  curl_easy_setopt(easy, CURLOPT_TCP_NODELAY, 1L);
+  curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &openCloseOnExecSocket);
+  curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT, 2'000'000L);  // the load's own deadlines hold
+  curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+  // A directory of issuers, or a certificate store of one's own, would have them parsed again at
+  // every connection.
+  curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
+  curl_easy_setopt(easy, CURLOPT_CA_CACHE_TIMEOUT, -1L);
+  curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Load::onHeader);
+  curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Load::onBody);
+  return Easy(easy);
+}
+
+/// Sets what holds for all hops of the load.
+void Load::setUp(Easy handle) {
+  easy_ = std::move(handle);
+  auto* easy = easy_.get();
+  curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
+  curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
+  curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+  for (const auto& to : configuration_->connectTo) {
+    auto entry = to.host + ":" + std::to_string(to.port) + ":" + to.toAddress + ":" +
+                 std::to_string(to.toPort);
+    connectTo_.reset(curl_slist_append(connectTo_.release(), entry.c_str()));
+  }
+  curl_easy_setopt(easy, CURLOPT_CONNECT_TO, connectTo_.get());
+  setTrust();
+}
+
+void Load::setTrust() {
+  auto* easy = easy_.get();
+  const auto& text = trust_->additional();
+  bool isSystemAlone = text.empty();
+  // The text as curl's own issuers keeps connections of different trust apart in its pool.
+  curl_blob blob{const_cast<char*>(text.data()), text.size(), CURL_BLOB_COPY};
+  curl_easy_setopt(easy, CURLOPT_CAINFO_BLOB, isSystemAlone ? nullptr : &blob);
+  curl_easy_setopt(easy, CURLOPT_CAINFO,
+                   isSystemAlone ? TrustStore::systemFile().c_str() : nullptr);
+  curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, isSystemAlone ? nullptr : &Load::onTrust);
+  curl_easy_setopt(easy, CURLOPT_SSL_CTX_DATA, this);
+}
+
+/// Gives the handle back, without a trace of what this load owns.
+Load::Easy Load::takeDown() {
+  auto* easy = easy_.get();
+  curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
+  curl_easy_setopt(easy, CURLOPT_POSTFIELDS, nullptr);
+  curl_easy_setopt(easy, CURLOPT_HTTPHEADER, nullptr);
+  curl_easy_setopt(easy, CURLOPT_CONNECT_TO, nullptr);
+  return std::move(easy_);
+}
+
+/// Sets the hop that comes next.
+void Load::setRequest() {
+  auto* easy = easy_.get();
+  body_.clear();
+  isHeadComplete_ = false;
+  response_ = std::make_shared<HTTPURLResponse>();
+  response_->url = request_.url;
+  lastProgress_ = Clock::now();
+
+  curl_easy_setopt(easy, CURLOPT_URL, request_.url->absoluteString().c_str());
+  const auto method = request_.httpMethod.value_or("GET");
+  curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
+  curl_easy_setopt(easy, CURLOPT_NOBODY, method == "HEAD" ? 1L : 0L);
+  if (request_.httpBody) {
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE,
+                     static_cast<curl_off_t>(request_.httpBody->size()));
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request_.httpBody->data());
+  }
+  bool isPlain = method == "HEAD" || method == (request_.httpBody ? "POST" : "GET");
+  curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, isPlain ? nullptr : method.c_str());
+  setHeaders();
+}
+
+void Load::setHeaders() {
+  auto fields = request_.headerFields;
+  for (const auto& field : configuration_->additionalHeaders) {
+    if (!headerField(fields, field.first)) fields.push_back(field);
+  }
+  bool asksCaches = request_.cachePolicy != CachePolicy::useProtocolCachePolicy ||
+                    configuration_->cachePolicy != CachePolicy::useProtocolCachePolicy;
+  if (asksCaches && !headerField(fields, "Cache-Control")) {
+    fields.emplace_back("Cache-Control", "no-cache");
+  }
+  headers_.reset();
+  std::string encodings;  // empty: all that curl decodes
+  for (const auto& [name, value] : fields) {
+    if (equalsIgnoringCase(name, "Accept-Encoding")) {
+      encodings = value;
+      continue;
+    }
+    if (name.find_first_of(kLineEnds) != name.npos ||
+        value.find_first_of(kLineEnds) != value.npos) {
+      continue;  // it would begin a field that nobody meant
+    }
+    auto line = name;
+    line.append(value.empty() ? ";" : ": ").append(value);
+    headers_.reset(curl_slist_append(headers_.release(), line.c_str()));
+  }
+  if (request_.httpBody && !headerField(fields, "Expect")) {
+    headers_.reset(curl_slist_append(headers_.release(), "Expect:"));
+  }
+  curl_easy_setopt(easy_.get(), CURLOPT_ACCEPT_ENCODING, encodings.c_str());
+  curl_easy_setopt(easy_.get(), CURLOPT_HTTPHEADER, headers_.get());
+}
+
+bool Load::receiveHeader(std::string_view line) {
+  lastProgress_ = Clock::now();
+  if (line.starts_with("HTTP/")) {
+    response_->headerFields.clear();
+    isHeadComplete_ = false;
+    return true;
+  }
+  if (line == "\r\n" || line == "\n") isHeadComplete_ = true;
+  auto colon = line.find(':');
+  if (colon == line.npos) return true;
+  response_->headerFields.emplace_back(trimmed(line.substr(0, colon)),
+                                       trimmed(line.substr(colon + 1)));
+  return response_->headerFields.size() <= kMaximumHeaderFields;
+}
+
+bool Load::receiveBody(std::string_view bytes) {
+  lastProgress_ = Clock::now();
+  isBodyTooLong_ = body_.size() + bytes.size() > configuration_->maximumBodySize;
+  if (!isBodyTooLong_) body_.append(bytes);
+  return !isBodyTooLong_;
+}
+
+/// The request that a redirect asks for, once its head was received.
+std::optional<URLRequest> Load::redirect() {
+  if (!isHeadComplete_) return std::nullopt;
+  long status = 0;
+  curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &status);
+  response_->statusCode = static_cast<int>(status);
+  return redirectedRequest(request_, *response_);
+}
+
+std::shared_ptr<const PlatformError> Load::errorFrom(CURLcode code) const {
+  const auto& url = request_.url->absoluteString();
+  if (isCancelled_) return urlError(URLErrorCode::cancelled, "");
+  if (isTimedOut_) return urlError(URLErrorCode::timedOut, url);
+  if (isBodyTooLong_) return urlError(URLErrorCode::dataLengthExceedsMaximum, url);
+  long verification = 0;
+  curl_easy_getinfo(easy_.get(), CURLINFO_SSL_VERIFYRESULT, &verification);
+  return urlError(urlErrorCode(code, verification), url);
+}
+
+Load::Clock::time_point Load::deadline() const {
+  auto after = [](Clock::time_point from, double seconds) {
+    constexpr double kLongest = 1e9;
+    return from + std::chrono::duration_cast<Clock::duration>(
+                      std::chrono::duration<double>(std::min(seconds, kLongest)));
+  };
+  auto idle = request_.timeoutInterval.value_or(configuration_->requestTimeout);
+  return std::min(after(lastProgress_, idle), after(started_, configuration_->resourceTimeout));
+}
+
+std::size_t Load::onHeader(char* bytes, std::size_t one, std::size_t count, void* load) {
+  auto size = one * count;
+  return static_cast<Load*>(load)->receiveHeader({bytes, size}) ? size : 0;
+}
+
+std::size_t Load::onBody(char* bytes, std::size_t one, std::size_t count, void* load) {
+  auto size = one * count;
+  return static_cast<Load*>(load)->receiveBody({bytes, size}) ? size : 0;
+}
+
+CURLcode Load::onTrust(CURL*, void* context, void* load) {
+  static_cast<Load*>(load)->trust_->install(static_cast<SSL_CTX*>(context));
+  return CURLE_OK;
+}
+
+}  // namespace quenwick::platform

@@ -1,0 +1,56 @@
+#include "quenwick/platform/LogSink.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <mutex>
+#include <string_view>
+#include <utility>
+
+#include "quenwick/platform/Text.h"
+
+namespace quenwick::platform {
+namespace {
+
+struct Current {
+  std::mutex mutex;
+  std::shared_ptr<LogSink> sink = std::make_shared<StandardErrorLog>();
+};
+
+Current& current() {
+  static auto& instance = *new Current;
+  return instance;
+}
+
+std::string_view name(LogLevel level) {
+  static constexpr std::array<std::string_view, 3> kNames = {"debug", "default", "error"};
+  return kNames.at(static_cast<std::size_t>(level));
+}
+
+}  // namespace
+
+void StandardErrorLog::write(const LogEntry& entry) {
+  if (!isEnabled(entry.level)) return;
+  std::string line = entry.subsystem + " [" + entry.category + "] ";
+  line.append(name(entry.level)).append(": ").append(escapedControls(entry.message)).append("\n");
+  // A log that cannot be written has nowhere to say so.
+  [[maybe_unused]] auto written = ::write(STDERR_FILENO, line.data(), line.size());
+}
+
+std::shared_ptr<LogSink> logSink() {
+  std::lock_guard lock(current().mutex);
+  return current().sink;
+}
+
+void setLogSink(std::shared_ptr<LogSink> sink) {
+  if (!sink) sink = std::make_shared<StandardErrorLog>();
+  std::lock_guard lock(current().mutex);
+  std::swap(current().sink, sink);
+}
+
+void logPlatformError(std::string message) {
+  auto sink = logSink();
+  if (sink->isEnabled(LogLevel::error)) sink->write({LogLevel::error, std::move(message)});
+}
+
+}  // namespace quenwick::platform

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quenwick::platform {
+
+/// Whether the bytes are well-formed UTF-8. A zero byte is a character like another.
+bool isUTF8(std::string_view bytes);
+
+/// The text with every byte that is not UTF-8 replaced by the replacement character.
+std::string madeUTF8(std::string_view text);
+
+/// The text with control characters (C0, DEL, C1) as \n, \r, \t or \u{..}, and bytes that are not
+/// UTF-8 as \x...
+std::string escapedControls(std::string_view text);
+
+/// The text as debug printing shows it: in double quotes, with quotes, backslashes and control
+/// characters escaped.
+std::string debugQuoted(std::string_view text);
+
+/// The text with every %XX replaced by its byte. A stray % stays; when the outcome is not UTF-8
+/// the text is returned as it was.
+std::string percentDecoded(std::string_view text);
+
+/// The text with every byte that is not an unreserved character of RFC 3986 or in `allowed`
+/// written as %XX.
+std::string percentEncoded(std::string_view text, std::string_view allowed);
+
+std::string base64Encoded(std::string_view bytes);
+
+/// Lower case of the ASCII letters; other bytes stay. The same in every locale.
+std::string lowercased(std::string_view text);
+
+/// Whether the texts are equal but for the case of ASCII letters.
+bool equalsIgnoringCase(std::string_view left, std::string_view right);
+
+/// The shortest decimal text that reads back as the same number, with at least one digit after
+/// the point ("1.0", "0.9"). The same in every locale.
+std::string shortestDecimal(double number);
+
+}  // namespace quenwick::platform

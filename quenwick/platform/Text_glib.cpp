@@ -1,0 +1,152 @@
+#include <glib.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <memory>
+
+#include "quenwick/platform/Text.h"
+
+namespace quenwick::platform {
+namespace {
+
+constexpr std::string_view kHexDigits = "0123456789ABCDEF";
+
+void appendEscaped(std::string& out, gunichar character) {
+  switch (character) {
+    case '\0':
+      out += "\\0";
+      return;
+    case '\n':
+      out += "\\n";
+      return;
+    case '\r':
+      out += "\\r";
+      return;
+    case '\t':
+      out += "\\t";
+      return;
+    default:
+      break;
+  }
+  std::array<char, 8> digits{};
+  auto end = std::to_chars(digits.data(), digits.data() + digits.size(), character, 16).ptr;
+  out.append("\\u{").append(digits.data(), end).append("}");
+}
+
+bool isControl(gunichar character) {
+  return character < 0x20 || (character >= 0x7f && character < 0xa0);
+}
+
+std::string escaped(std::string_view text, std::string_view alsoEscaped) {
+  std::string out;
+  out.reserve(text.size() + 2);
+  while (!text.empty()) {
+    auto character = text.front() == '\0'
+                         ? 0
+                         : g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
+    if (character >= 0x110000) {  // not a character: one byte at a time
+      auto byte = static_cast<unsigned char>(text.front());
+      out.append("\\x") += kHexDigits[byte >> 4];
+      out += kHexDigits[byte & 15];
+      text.remove_prefix(1);
+      continue;
+    }
+    auto length =
+        character == 0 ? 1U : static_cast<std::size_t>(g_unichar_to_utf8(character, nullptr));
+    if (isControl(character)) {
+      appendEscaped(out, character);
+    } else {
+      if (length == 1 && alsoEscaped.find(text.front()) != alsoEscaped.npos) out += '\\';
+      out.append(text.substr(0, length));
+    }
+    text.remove_prefix(length);
+  }
+  return out;
+}
+
+int hexValue(char digit) { return g_ascii_xdigit_value(digit); }
+
+}  // namespace
+
+bool isUTF8(std::string_view bytes) {
+  for (;;) {  // GLib takes a zero byte for the end of the text; here it is a character
+    auto zero = bytes.find('\0');
+    auto piece = bytes.substr(0, zero);
+    if (!g_utf8_validate_len(piece.data(), piece.size(), nullptr)) return false;
+    if (zero == bytes.npos) return true;
+    bytes.remove_prefix(zero + 1);
+  }
+}
+
+std::string madeUTF8(std::string_view text) {
+  std::unique_ptr<char, decltype(&g_free)> made(
+      g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), &g_free);
+  return made.get();
+}
+
+std::string escapedControls(std::string_view text) { return escaped(text, ""); }
+
+std::string debugQuoted(std::string_view text) { return '"' + escaped(text, "\"\\") + '"'; }
+
+std::string percentDecoded(std::string_view text) {
+  if (text.find('%') == text.npos) return std::string(text);
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '%' && i + 2 < text.size() && hexValue(text[i + 1]) >= 0 &&
+        hexValue(text[i + 2]) >= 0) {
+      out += static_cast<char>(hexValue(text[i + 1]) * 16 + hexValue(text[i + 2]));
+      i += 2;
+    } else {
+      out += text[i];
+    }
+  }
+  return isUTF8(out) ? out : std::string(text);
+}
+
+std::string percentEncoded(std::string_view text, std::string_view allowed) {
+  std::string out;
+  out.reserve(text.size());
+  for (char c : text) {
+    auto byte = static_cast<unsigned char>(c);
+    bool unreserved = g_ascii_isalnum(c) || c == '-' || c == '.' || c == '_' || c == '~';
+    if (unreserved || allowed.find(c) != allowed.npos) {
+      out += c;
+    } else {
+      out += '%';
+      out += kHexDigits[byte >> 4];
+      out += kHexDigits[byte & 15];
+    }
+  }
+  return out;
+}
+
+std::string base64Encoded(std::string_view bytes) {
+  if (bytes.empty()) return {};
+  std::unique_ptr<char, decltype(&g_free)> text(
+      g_base64_encode(reinterpret_cast<const guchar*>(bytes.data()), bytes.size()), &g_free);
+  return text.get();
+}
+
+std::string lowercased(std::string_view text) {
+  std::string out(text);
+  for (char& c : out) c = g_ascii_tolower(c);
+  return out;
+}
+
+bool equalsIgnoringCase(std::string_view left, std::string_view right) {
+  return std::ranges::equal(left, right, {}, g_ascii_tolower, g_ascii_tolower);
+}
+
+std::string shortestDecimal(double number) {
+  std::array<char, 400> digits{};
+  auto end =
+      std::to_chars(digits.data(), digits.data() + digits.size(), number, std::chars_format::fixed)
+          .ptr;
+  std::string text(digits.data(), end);
+  if (text.find_first_of(".n") == text.npos) text += ".0";
+  return text;
+}
+
+}  // namespace quenwick::platform

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <functional>
+#include <thread>
+
+namespace quenwick::platform {
+
+/// Starts a thread of the library's own: named, and with every signal blocked, so that the host's
+/// handlers run on the host's threads. `name` has at most 15 characters.
+/// Throws `std::system_error` where the system has no room for one.
+std::thread startThread(const char* name, std::function<void()> run);
+
+/// Calls `stop` once when the process exits, before what was set up earlier is torn down. A child
+/// made by fork does not call it: it has none of the parent's threads. `stop` must be bounded.
+void atProcessExit(void (*stop)());
+
+}  // namespace quenwick::platform

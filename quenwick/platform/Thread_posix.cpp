@@ -1,0 +1,71 @@
+#include <pthread.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+#include "quenwick/platform/Thread.h"
+
+namespace quenwick::platform {
+namespace {
+
+/// Every signal is blocked on this thread, and on those that it starts, for as long as this lives.
+class BlockedSignals {
+ public:
+  BlockedSignals() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before_);
+  }
+  ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  BlockedSignals(const BlockedSignals&) = delete;
+  BlockedSignals& operator=(const BlockedSignals&) = delete;
+
+ private:
+  sigset_t before_{};
+};
+
+struct ExitHook {
+  void (*stop)();
+  pid_t process;
+};
+
+struct ExitHooks {
+  std::mutex mutex;
+  std::vector<ExitHook> hooks;
+};
+
+ExitHooks& exitHooks() {
+  static auto& instance = *new ExitHooks;
+  return instance;
+}
+
+void runLatestExitHook() {
+  ExitHook hook{};
+  {
+    std::lock_guard lock(exitHooks().mutex);
+    hook = exitHooks().hooks.back();
+    exitHooks().hooks.pop_back();
+  }
+  if (hook.process == getpid()) hook.stop();
+}
+
+}  // namespace
+
+std::thread startThread(const char* name, std::function<void()> run) {
+  BlockedSignals blocked;
+  std::thread thread(std::move(run));
+  pthread_setname_np(thread.native_handle(), name);
+  return thread;
+}
+
+void atProcessExit(void (*stop)()) {
+  std::lock_guard lock(exitHooks().mutex);
+  exitHooks().hooks.push_back({stop, getpid()});
+  std::atexit(&runLatestExitHook);
+}
+
+}  // namespace quenwick::platform

@@ -1,0 +1,236 @@
+#include "quenwick/platform/URLLoader_curl.h"
+
+#include <openssl/crypto.h>
+
+#include <algorithm>
+#include <future>
+#include <utility>
+
+#include "quenwick/platform/Descriptors_curl.h"
+#include "quenwick/platform/Text.h"
+#include "quenwick/platform/Thread.h"
+#include "quenwick/platform/URLError_curl.h"
+
+namespace quenwick::platform {
+namespace {
+
+constexpr long kConnectionsPerHost = 6;
+constexpr std::size_t kSpareHandles = 16;
+
+CURLM* makeMulti() {
+  auto* multi = makeCloseOnExecMulti();
+  curl_multi_setopt(multi, CURLMOPT_MAX_HOST_CONNECTIONS, kConnectionsPerHost);
+  return multi;
+}
+
+bool isMethod(std::string_view text) {
+  return !text.empty() && std::ranges::all_of(text, [](char c) { return c > ' ' && c < 0x7f; });
+}
+
+/// Why the request cannot be loaded at all, or 0.
+int refusal(const URLRequest& request) {
+  if (!request.url || !isMethod(request.httpMethod.value_or("GET"))) return URLErrorCode::badURL;
+  auto scheme = lowercased(request.url->scheme());
+  if (scheme != "http" && scheme != "https") return URLErrorCode::unsupportedURL;
+  return request.url->host() ? 0 : URLErrorCode::badURL;
+}
+
+}  // namespace
+
+URLLoader& URLLoader::shared() {
+  static auto& instance = *new URLLoader;
+  return instance;
+}
+
+URLLoader::URLLoader() {
+  // OpenSSL is not torn down at exit, unless the host has asked for that before: the process may
+  // exit while another thread is still setting up what is torn down.
+  OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
+  curl_global_init(CURL_GLOBAL_DEFAULT);
+  multi_ = makeMulti();
+  thread_ = startThread("quenwick-load", [this] { run(); });
+  threadID_ = thread_.get_id();
+  // After curl and OpenSSL have set up their own ends, so that this one comes before theirs.
+  atProcessExit([] { shared().stop(); });
+}
+
+void URLLoader::start(std::shared_ptr<Load> load, Load::End end) {
+  load->end_ = std::move(end);
+  post([this, load = std::move(load)] {
+    load->started_ = Load::Clock::now();
+    loads_.push_back(load);
+    begin(load);
+  });
+}
+
+void URLLoader::cancel(std::shared_ptr<Load> load) {
+  load->isCancelled_ = true;
+  post([this, load = std::move(load)] {
+    if (std::ranges::find(loads_, load) == loads_.end()) return;
+    end(load, urlError(URLErrorCode::cancelled, ""));
+  });
+}
+
+void URLLoader::answerRedirect(std::shared_ptr<Load> load, std::optional<URLRequest> request) {
+  if (threadID_ == std::this_thread::get_id()) return goOn(load, std::move(request));
+  post([this, load = std::move(load), request = std::move(request)]() mutable {
+    goOn(load, std::move(request));
+  });
+}
+
+void URLLoader::goOn(const std::shared_ptr<Load>& load, std::optional<URLRequest> request) {
+  if (load->isEnded_) return;
+  if (!request) return end(load, nullptr);
+  load->request_ = *std::move(request);
+  begin(load);
+}
+
+void URLLoader::closeIdleConnections() {
+  auto done = std::make_shared<std::promise<void>>();
+  post([this, done] {
+    spare_.clear();
+    if (loads_.empty()) {
+      auto* fresh = makeMulti();
+      std::lock_guard lock(mutex_);
+      curl_multi_cleanup(std::exchange(multi_, fresh));
+    }
+    done->set_value();
+  });
+  done->get_future().wait();
+}
+
+void URLLoader::post(Command command) {
+  std::lock_guard lock(mutex_);
+  commands_.push_back(std::move(command));
+  // Under the lock, as the handle is replaced under it too.
+  if (commands_.size() == 1) curl_multi_wakeup(multi_);
+}
+
+void URLLoader::run() {
+  while (!isStopping_) {
+    runCommands();
+    do {
+      hasBegun_ = false;
+      int running = 0;
+      curl_multi_perform(multi_, &running);
+      takeEnded();
+    } while (hasBegun_);
+    failTimedOut();
+    if (!isStopping_) curl_multi_poll(multi_, nullptr, 0, pollMilliseconds(), nullptr);
+  }
+}
+
+void URLLoader::runCommands() {
+  for (;;) {
+    std::vector<Command> commands;
+    {
+      std::lock_guard lock(mutex_);
+      commands.swap(commands_);
+    }
+    if (commands.empty()) return;
+    for (const auto& command : commands) command();
+  }
+}
+
+void URLLoader::takeEnded() {
+  int left = 0;
+  while (auto* message = curl_multi_info_read(multi_, &left)) {
+    if (message->msg != CURLMSG_DONE) continue;
+    auto code = message->data.result;
+    char* ended = nullptr;
+    curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &ended);
+    auto found = std::ranges::find(loads_, reinterpret_cast<Load*>(ended),
+                                   [](const auto& load) { return load.get(); });
+    if (found != loads_.end()) hopEnded(std::shared_ptr(*found), code);
+  }
+}
+
+/// Loads the request that the load now has.
+void URLLoader::begin(const std::shared_ptr<Load>& load) {
+  const auto& url = load->request_.url;
+  if (int code = load->isCancelled_ ? URLErrorCode::cancelled : refusal(load->request_)) {
+    bool isNamed = url && code != URLErrorCode::cancelled;
+    return end(load, urlError(code, isNamed ? url->absoluteString() : ""));
+  }
+  if (!load->easy_) {
+    auto easy = spare_.empty() ? Load::makeEasy() : std::move(spare_.back());
+    if (!spare_.empty()) spare_.pop_back();
+    load->setUp(std::move(easy));
+  }
+  load->setRequest();
+  nextDeadline_ = std::min(nextDeadline_, load->deadline());
+  load->isLoading_ = true;
+  curl_multi_add_handle(multi_, load->easy_.get());
+  hasBegun_ = true;
+}
+
+/// A request of the load was answered, or failed.
+void URLLoader::hopEnded(const std::shared_ptr<Load>& load, CURLcode code) {
+  auto next = load->redirect();
+  auto error = code == CURLE_OK ? nullptr : load->errorFrom(code);
+  pause(*load);
+  // What became of a redirect's own body does not matter: its head says where to go.
+  if (!next) return end(load, error);
+  if (++load->redirects_ > URLSession::kMaximumRedirects) {
+    return end(load, urlError(URLErrorCode::httpTooManyRedirects, next->url->absoluteString()));
+  }
+  load->askRedirect_(load, *load->response_, *std::move(next));
+}
+
+/// Takes the load's handle off the wire.
+void URLLoader::pause(Load& load) {
+  if (std::exchange(load.isLoading_, false)) curl_multi_remove_handle(multi_, load.easy_.get());
+}
+
+/// The same in the middle of a transfer, without waiting for a look-up of a host's name.
+void URLLoader::abandon(Load& load) {
+  if (!load.isLoading_) return;
+  curl_easy_setopt(load.easy_.get(), CURLOPT_QUICK_EXIT, 1L);
+  pause(load);
+  load.easy_.reset();
+}
+
+void URLLoader::end(const std::shared_ptr<Load>& load, std::shared_ptr<const PlatformError> error) {
+  abandon(*load);
+  std::erase(loads_, load);
+  load->isEnded_ = true;
+  if (load->easy_ && spare_.size() < kSpareHandles) {
+    // Cookies are the load's alone; what stays with the handle is its TLS sessions.
+    curl_easy_setopt(load->easy_.get(), CURLOPT_COOKIELIST, "ALL");
+    spare_.push_back(load->takeDown());
+  }
+  load->easy_.reset();
+  DataResponse outcome;
+  if (!error) outcome = {std::move(load->body_), load->response_};
+  load->end_(std::move(outcome), std::move(error));
+}
+
+void URLLoader::failTimedOut() {
+  auto now = Load::Clock::now();
+  if (now < nextDeadline_) return;
+  nextDeadline_ = Load::Clock::time_point::max();
+  for (const auto& load : std::vector(loads_)) {
+    auto deadline = load->deadline();
+    if (deadline <= now) {
+      end(load, urlError(URLErrorCode::timedOut, load->request_.url->absoluteString()));
+    } else {
+      nextDeadline_ = std::min(nextDeadline_, deadline);
+    }
+  }
+}
+
+int URLLoader::pollMilliseconds() const {
+  constexpr auto kLongest = std::chrono::milliseconds(60'000);
+  if (nextDeadline_ == Load::Clock::time_point::max()) return static_cast<int>(kLongest.count());
+  auto left = std::chrono::ceil<std::chrono::milliseconds>(nextDeadline_ - Load::Clock::now());
+  return static_cast<int>(std::clamp(left, std::chrono::milliseconds(0), kLongest).count());
+}
+
+/// At exit: the thread ends between two steps, before curl and OpenSSL are torn down.
+void URLLoader::stop() {
+  if (threadID_ == std::this_thread::get_id()) return;  // it exits itself, between two steps
+  post([this] { isStopping_ = true; });
+  if (thread_.joinable()) thread_.join();
+}
+
+}  // namespace quenwick::platform

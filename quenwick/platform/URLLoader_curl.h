@@ -1,0 +1,128 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "quenwick/platform/URLSession.h"
+
+namespace quenwick::platform {
+
+class TrustStore;
+
+/// One load from its first request to its end, over all redirects. Lives on the loading thread;
+/// what it tells others it tells through its callbacks, there.
+class Load {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  /// Asked at each redirect; the answer goes to `URLLoader::answerRedirect`.
+  using AskRedirect =
+      std::function<void(const std::shared_ptr<Load>&, HTTPURLResponse, URLRequest)>;
+  /// Called once, at the end: with the outcome, or with the error in its place.
+  using End = std::function<void(DataResponse, std::shared_ptr<const PlatformError>)>;
+
+  Load(URLRequest request, std::shared_ptr<const URLSessionConfiguration> configuration,
+       std::shared_ptr<TrustStore> trust, AskRedirect askRedirect);
+
+ private:
+  friend class URLLoader;
+
+  struct FreeEasy {
+    void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
+  };
+  struct FreeList {
+    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+  };
+  using Easy = std::unique_ptr<CURL, FreeEasy>;
+  using TextList = std::unique_ptr<curl_slist, FreeList>;
+
+  static Easy makeEasy();
+  void setUp(Easy easy);
+  Easy takeDown();
+  void setRequest();
+  void setHeaders();
+  void setTrust();
+  bool receiveHeader(std::string_view line);
+  bool receiveBody(std::string_view bytes);
+  std::optional<URLRequest> redirect();
+  std::shared_ptr<const PlatformError> errorFrom(CURLcode code) const;
+  Clock::time_point deadline() const;
+
+  static std::size_t onHeader(char* bytes, std::size_t one, std::size_t count, void* load);
+  static std::size_t onBody(char* bytes, std::size_t one, std::size_t count, void* load);
+  static CURLcode onTrust(CURL* easy, void* context, void* load);
+
+  URLRequest request_;
+  const std::shared_ptr<const URLSessionConfiguration> configuration_;
+  const std::shared_ptr<TrustStore> trust_;
+  const AskRedirect askRedirect_;
+  End end_;
+
+  Easy easy_;
+  TextList headers_;
+  TextList connectTo_;
+  std::shared_ptr<HTTPURLResponse> response_;
+  bool isHeadComplete_ = false;
+  Bytes body_;
+  bool isBodyTooLong_ = false;
+  bool isTimedOut_ = false;
+  bool isLoading_ = false;
+  bool isEnded_ = false;
+  int redirects_ = 0;
+  Clock::time_point started_;
+  Clock::time_point lastProgress_;
+  std::atomic<bool> isCancelled_ = false;
+};
+
+/// The one loading thread of the process, and its connections.
+class URLLoader {
+ public:
+  static URLLoader& shared();
+
+  void start(std::shared_ptr<Load> load, Load::End end);
+  void cancel(std::shared_ptr<Load> load);
+  /// Goes on with the request, or ends the load with the redirect as its response.
+  void answerRedirect(std::shared_ptr<Load> load, std::optional<URLRequest> request);
+  void closeIdleConnections();
+
+ private:
+  using Command = std::function<void()>;
+
+  URLLoader();
+  void post(Command command);
+  void run();
+  void runCommands();
+  void takeEnded();
+  void begin(const std::shared_ptr<Load>& load);
+  void goOn(const std::shared_ptr<Load>& load, std::optional<URLRequest> request);
+  void hopEnded(const std::shared_ptr<Load>& load, CURLcode code);
+  void pause(Load& load);
+  void abandon(Load& load);
+  void end(const std::shared_ptr<Load>& load, std::shared_ptr<const PlatformError> error);
+  void failTimedOut();
+  void stop();
+  int pollMilliseconds() const;
+
+  CURLM* multi_ = nullptr;
+  std::vector<std::shared_ptr<Load>> loads_;
+  std::vector<Load::Easy> spare_;
+  Load::Clock::time_point nextDeadline_ = Load::Clock::time_point::max();
+  std::thread thread_;
+  std::atomic<std::thread::id> threadID_;
+  bool hasBegun_ = false;  // since the transfers were last driven
+  bool isStopping_ = false;
+
+  std::mutex mutex_;
+  std::vector<Command> commands_;
+};
+
+}  // namespace quenwick::platform
