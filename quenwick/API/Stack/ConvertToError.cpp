@@ -1,0 +1,26 @@
+#include "quenwick/API/Stack/ConvertToError.h"
+
+#include "quenwick/platform/JSONSerialization.h"
+
+namespace quenwick {
+
+using Reason = APIError::GeneralFailureReason;
+
+ConvertToError ConvertToError::decodingWith(Decoder decode) {
+  return ConvertToError([decode](const platform::Bytes& body, int statusCode) {
+    try {
+      auto error = decode(platform::JSONSerialization::parse(body));
+      return APIError(APIError::GeneralFailure{{Reason::Captured{std::move(error), statusCode}}});
+    } catch (const platform::Error&) {
+      return APIError(APIError::GeneralFailure{{Reason::Uncaptured{body, statusCode}}});
+    }
+  });
+}
+
+ConvertToError ConvertToError::networkError() {
+  return ConvertToError([](const platform::Bytes&, int) {
+    return APIError(APIError::GeneralFailure{{Reason::Network{}}});
+  });
+}
+
+}  // namespace quenwick
