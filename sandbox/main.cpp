@@ -1,0 +1,98 @@
+#include <signal.h>
+
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+#include "sandbox/CertificateAuthority.h"
+#include "sandbox/CommandLine.h"
+#include "sandbox/Sandbox.h"
+
+namespace quenwick::sandbox {
+namespace {
+
+constexpr int kBadUsage = 2;
+
+/// SIGINT and SIGTERM, blocked from here on, to be waited for.
+sigset_t blockEndingSignals() {
+  sigset_t signals;
+  ::sigemptyset(&signals);
+  ::sigaddset(&signals, SIGINT);
+  ::sigaddset(&signals, SIGTERM);
+  ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  return signals;
+}
+
+std::string readFile(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  text << file.rdbuf();
+  if (!file || text.str().empty()) throw UsageError("cannot read " + path.string());
+  return text.str();
+}
+
+std::string inQuotes(const std::string& text) {
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? R"('\'')" : std::string(1, c);
+  return quoted + "'";
+}
+
+/// A link as a client can ask for it: one for any host is given one.
+std::string pasteable(const std::string& link) {
+  return link.starts_with('/') ? "https://localhost" + link : link;
+}
+
+void announce(const Sandbox& sandbox) {
+  const std::string port = std::to_string(sandbox.port());
+  const std::string httpPort = std::to_string(sandbox.httpPort());
+  const std::string authority = sandbox.certificateAuthority().string();
+  std::cout << "HTTPS:     127.0.0.1:" << port << "\nHTTP:      127.0.0.1:" << httpPort
+            << "\nAuthority: " << authority
+            << "\n\nResolve a link (curl -iL takes the same options):\n"
+            << "  quenwick resolve LINK --cacert " << inQuotes(authority)
+            << " --connect-to :443:127.0.0.1:" << port << " --connect-to :80:127.0.0.1:" << httpPort
+            << "\n\nLinks:\n";
+  for (const std::string& link : sandbox.links()) std::cout << pasteable(link) << '\n';
+  std::cout << std::flush;
+}
+
+int run(std::span<char* const> arguments) {
+  CommandLine line = parseCommandLine(arguments);
+  if (line.printsHelp) {
+    std::cout << helpText();
+    return 0;
+  }
+  if (line.options.state.empty()) line.options.state = Sandbox::defaultState();
+  if (line.printsAuthority) {
+    std::cout << CertificateAuthority::inFolder(line.options.state).file().string() << '\n';
+    return 0;
+  }
+  if (line.scenarioFile) line.options.scenario = readFile(*line.scenarioFile);
+  const sigset_t signals = blockEndingSignals();
+  const Sandbox sandbox(line.options);
+  announce(sandbox);
+  int signal = 0;
+  ::sigwait(&signals, &signal);
+  return 0;
+}
+
+}  // namespace
+}  // namespace quenwick::sandbox
+
+int main(int count, char** arguments) {
+  using namespace quenwick::sandbox;
+  const std::span<char* const> all(arguments, static_cast<std::size_t>(count));
+  try {
+    return run(all.subspan(1));
+  } catch (const UsageError& error) {
+    std::cerr << "quenwick-sandbox: " << error.what() << "\n\n" << helpText();
+    return kBadUsage;
+  } catch (const ScenarioError& error) {
+    std::cerr << "quenwick-sandbox: " << error.what() << '\n';
+    return kBadUsage;
+  } catch (const std::exception& error) {
+    std::cerr << "quenwick-sandbox: " << error.what() << '\n';
+    return 1;
+  }
+}

@@ -1,0 +1,49 @@
+#include "tools/HopRecorder.h"
+
+#include <utility>
+
+#include "quenwick/deeplink/LinkOperations.h"
+#include "quenwick/platform/URLComponents.h"
+
+namespace quenwick::tools {
+
+using platform::URLRequest;
+
+platform::Task<std::optional<URLRequest>> HopRecorder::urlSession(
+    platform::URLSession& session, platform::URLSessionTask& task,
+    platform::HTTPURLResponse willPerformHTTPRedirection, URLRequest newRequest) {
+  auto now = std::chrono::steady_clock::now();
+  {
+    std::lock_guard lock(mutex_);
+    const auto& url = *newRequest.url;
+    hops_.push_back(
+        {.status = willPerformHTTPRedirection.statusCode,
+         .url = url.absoluteString(),
+         .qwU = qwuValue(url),
+         .rulesKey = findRPKey(platform::URLComponents(url).path()),
+         .isHalted = shouldHaltRedirects(url),
+         .milliseconds = std::chrono::duration<double, std::milli>(now - last_).count()});
+    last_ = now;
+  }
+  co_return co_await URLSessionRedirectDelegate::urlSession(
+      session, task, std::move(willPerformHTTPRedirection), std::move(newRequest));
+}
+
+void HopRecorder::urlSession(platform::URLSession&, platform::URLSessionTask&,
+                             const platform::PlatformError* didCompleteWithError) {
+  if (!didCompleteWithError) return;
+  std::lock_guard lock(mutex_);
+  loadError_ = std::make_shared<platform::PlatformError>(*didCompleteWithError);
+}
+
+std::vector<Hop> HopRecorder::hops() const {
+  std::lock_guard lock(mutex_);
+  return hops_;
+}
+
+std::shared_ptr<const platform::PlatformError> HopRecorder::loadError() const {
+  std::lock_guard lock(mutex_);
+  return loadError_;
+}
+
+}  // namespace quenwick::tools

@@ -1,0 +1,52 @@
+#include "tools/Output.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "quenwick/platform/JSONSerialization.h"
+#include "quenwick/platform/Text.h"
+
+namespace quenwick::tools {
+namespace {
+
+std::string styled(std::string_view text, std::string_view code) {
+  static const bool isTerminal = isatty(STDOUT_FILENO) != 0;
+  if (!isTerminal) return plain(text);
+  return std::string("\033[").append(code).append("m") + plain(text) + "\033[0m";
+}
+
+/// The value with texts that JSON can hold: a link from the command line may be any bytes.
+platform::Value printable(const platform::Value& value) {
+  if (const auto* text = value.as<std::string>()) return platform::madeUTF8(*text);
+  if (const auto* list = value.as<platform::List>()) {
+    platform::List all;
+    for (const auto& element : *list) all.push_back(printable(element));
+    return all;
+  }
+  if (const auto* dictionary = value.as<platform::Dictionary>()) {
+    platform::Dictionary all;
+    for (const auto& [key, element] : *dictionary) all.set(key, printable(element));
+    return all;
+  }
+  return value;
+}
+
+}  // namespace
+
+void print(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+
+void printJSON(const platform::Value& value) {
+  print(platform::JSONSerialization::text(printable(value)) + "\n");
+}
+
+std::string bold(std::string_view text) { return styled(text, "1"); }
+std::string dim(std::string_view text) { return styled(text, "2"); }
+std::string plain(std::string_view text) { return platform::escapedControls(text); }
+
+platform::Value orNull(const std::optional<std::string>& text) {
+  if (!text) return nullptr;
+  return *text;
+}
+
+}  // namespace quenwick::tools

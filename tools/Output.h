@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "quenwick/platform/Value.h"
+
+namespace quenwick::tools {
+
+/// Writes text to standard output.
+void print(std::string_view text);
+
+/// Writes the value as one line of JSON.
+void printJSON(const platform::Value& value);
+
+/// The text, emphasised or dimmed where standard output is a terminal. Control characters are
+/// escaped: what a server sent cannot drive the terminal.
+std::string bold(std::string_view text);
+std::string dim(std::string_view text);
+std::string plain(std::string_view text);
+
+/// The text, or null where there is none.
+platform::Value orNull(const std::optional<std::string>& text);
+
+}  // namespace quenwick::tools

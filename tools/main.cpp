@@ -1,0 +1,100 @@
+#include <array>
+#include <cstdio>
+#include <exception>
+
+#include "quenwick/logging/Logger.h"
+#include "quenwick/platform/HostConfiguration.h"
+#include "quenwick/platform/LogSink.h"
+#include "tools/Arguments.h"
+#include "tools/Commands.h"
+#include "tools/Output.h"
+
+namespace quenwick::tools {
+namespace {
+
+constexpr auto kUsage =
+    R"(usage: quenwick [--home DIR] [--bundle-id ID] [--verbose] COMMAND ...
+
+  resolve LINK      follow a tracking link to its destination, and keep what it carries
+    --cacert PEM                         trust the issuers in this file too
+    --connect-to HOST:PORT:ADDRESS:PORT  reach HOST:PORT at ADDRESS:PORT (repeatable)
+    --timeout SECONDS                    give up after so long
+  classify LINK     the shape of a link: rpLink, cpLink, goLinks or none
+  state             what is kept for this install
+
+  --json            (behind a command) one JSON object instead of text
+  --home DIR        keep all state under DIR instead of the user's folders
+  --bundle-id ID    act as the application of that identifier
+  --verbose         write the library's log to standard error
+
+exit codes: 0 done, 1 not resolved, 2 bad usage
+)";
+
+constexpr auto kBundleIdentifier = "com.quenwick.cli";
+
+struct Command {
+  std::string_view name;
+  int (*run)(std::span<const std::string>);
+};
+
+constexpr std::array kCommands = {Command{"resolve", &resolveCommand},
+                                  Command{"classify", &classifyCommand},
+                                  Command{"state", &stateCommand}};
+
+/// Where the command's name stands: behind the program's own options.
+std::size_t commandIndex(std::span<const std::string> line) {
+  std::size_t index = 0;
+  while (index < line.size() && line[index].starts_with("--")) {
+    bool takesNext = line[index] == "--home" || line[index] == "--bundle-id";
+    index += takesNext ? 2 : 1;
+  }
+  return std::min(index, line.size());
+}
+
+void configure(const Arguments& arguments) {
+  platform::HostConfiguration host;
+  host.bundleIdentifier = arguments.value("--bundle-id").value_or(kBundleIdentifier);
+  host.bundleVersion = QUENWICK_VERSION;
+  if (auto home = arguments.value("--home")) host.home = std::filesystem::absolute(*home);
+  platform::configureHost(std::move(host));
+
+  if (arguments.has("--verbose")) {
+    platform::setLogSink(std::make_shared<platform::StandardErrorLog>(platform::LogLevel::debug));
+  } else {
+    SharedLogger::setEnabledLogTypes(QWLogType::none);  // the program reports by itself
+  }
+}
+
+int run(std::span<const std::string> line) {
+  auto index = commandIndex(line);
+  Arguments own(line.first(index), {.valued = {"--home", "--bundle-id"},
+                                    .flags = {"--help", "--verbose", "--version"}});
+  auto command = line.subspan(index);
+  bool asksForHelp = std::ranges::find(command, "--help") != command.end();
+  if (own.has("--help") || asksForHelp) return print(kUsage), kDone;
+  if (own.has("--version")) return print("quenwick " QUENWICK_VERSION "\n"), kDone;
+  if (command.empty()) throw UsageError("there is no command");
+  for (const auto& [name, runCommand] : kCommands) {
+    if (name != command.front()) continue;
+    configure(own);
+    return runCommand(command.subspan(1));
+  }
+  throw UsageError("there is no command " + command.front());
+}
+
+}  // namespace
+}  // namespace quenwick::tools
+
+int main(int count, char** words) {
+  using namespace quenwick::tools;
+  std::vector<std::string> line(words + std::min(count, 1), words + count);
+  try {
+    return run(line);
+  } catch (const UsageError& error) {
+    std::fprintf(stderr, "quenwick: %s\n\n%s", error.what(), kUsage);
+    return kBadUsage;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "quenwick: %s\n", error.what());
+    return kFailed;
+  }
+}
