@@ -1,0 +1,81 @@
+#include "quenwick/Stored/Stored.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quenwick {
+namespace {
+
+class StoredTest : public testing::Test {
+ protected:
+  platform::UserDefaults& open() { return platform::UserDefaults::make(file_); }
+
+  tests::TemporaryDirectory folder_;
+  std::filesystem::path file_ = folder_.path() / "preferences.sqlite";
+};
+
+TEST_F(StoredTest, ADefaultHoldsUntilAValueIsAssignedAlsoAfterARestart) {
+  {
+    auto& defaults = open();
+    Stored<bool> flag(true, "flag", defaults);
+    EXPECT_TRUE(flag.wrappedValue());
+    flag.setWrappedValue(false);
+    EXPECT_FALSE(flag.wrappedValue());
+    defaults.synchronize();
+  }
+  auto& defaults = open();
+  Stored<bool> flag(true, "flag", defaults);
+  EXPECT_FALSE(flag.wrappedValue());
+  defaults.removeObject("flag");
+  EXPECT_TRUE(flag.wrappedValue()) << "read from the store, not from the wrapper";
+}
+
+TEST_F(StoredTest, ChangesAreStreamedAfterTheyAreSaved) {
+  auto& defaults = open();
+  StoredOptional<std::string> text("text", defaults);
+  std::vector<std::optional<std::string>> seen;
+  std::vector<std::optional<std::string>> saved;
+  auto subscription = text.projectedValue().subscribe([&](const auto& value) {
+    seen.push_back(value);
+    saved.push_back(text.wrappedValue());
+  });
+  text.setWrappedValue("a");
+  text.setWrappedValue(std::nullopt);
+  EXPECT_EQ(seen, (std::vector<std::optional<std::string>>{std::nullopt, "a", std::nullopt}));
+  EXPECT_EQ(saved, seen);
+  EXPECT_EQ(defaults.object("text"), std::nullopt);
+}
+
+TEST_F(StoredTest, AValueOfAnotherKindReadsAsNone) {
+  auto& defaults = open();
+  defaults.setObject(std::int64_t{7}, "key");
+  EXPECT_EQ(StoredOptional<std::string>("key", defaults).wrappedValue(), std::nullopt);
+  EXPECT_EQ(StoredOptional<double>("key", defaults).wrappedValue(), std::nullopt);
+  EXPECT_EQ(StoredOptional<std::int64_t>("key", defaults).wrappedValue(), 7);
+}
+
+TEST_F(StoredTest, FetchingWhatIsAbsentIsAProgrammingFault) {
+  struct Stopped {};
+  std::string said;
+  platform::observeFatalErrors([&](std::string_view message) {
+    said = message;
+    throw Stopped();
+  });
+  EXPECT_THROW(fetch<bool>(open(), "absent"), Stopped);
+  EXPECT_NE(said.find("absent"), said.npos);
+  platform::observeFatalErrors(nullptr);
+}
+
+TEST_F(StoredTest, IdentifiersAreKeptAsTheirText) {
+  auto& defaults = open();
+  auto made = platform::UUID::random();
+  set(defaults, made, "id");
+  EXPECT_EQ(defaults.object("id"), platform::DefaultsValue(made.uuidString()));
+  EXPECT_EQ(uuid(defaults, "id"), made);
+  save(defaults, std::string("not one"), "id");
+  EXPECT_EQ(uuid(defaults, "id"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace quenwick

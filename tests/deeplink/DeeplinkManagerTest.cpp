@@ -1,0 +1,205 @@
+#include "quenwick/deeplink/DeeplinkManager.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "quenwick/deeplink/DeeplinkResolutionError.h"
+#include "quenwick/deeplink/URLSessionRedirectDelegate.h"
+#include "quenwick/platform/HostConfiguration.h"
+#include "quenwick/platform/UserDefaults.h"
+#include "quenwick/state/Analytics.h"
+#include "tests/support/RecordingLog.h"
+#include "tests/support/SandboxService.h"
+
+namespace quenwick {
+namespace {
+
+using platform::URL;
+
+constexpr auto kScenario = R"({
+  "links": [
+    {"link": "https://l.example/p/go/1f", "chain": [
+      {"status": 302, "to": "https://hop.example/p/rp/deadbeef/url?qw_u=first"},
+      {"status": 307, "to": "/p/go/00ff?qw_u=second"},
+      {"status": 301, "to": "https://shop.example/shoes?qw_u=third&size=42"}]},
+    {"link": "https://l.example/p/rpm/2/url", "chain": [
+      {"status": 302, "to": "https://shop.example/a?qw_u=halted&qw_hr=1"},
+      {"status": 302, "to": "https://shop.example/never?qw_u=never"}]},
+    {"link": "https://l.example/p/cp/x/c", "chain": [{"status": 302, "to": "shopapp://product/42?qw_u=app"}]},
+    {"link": "https://l.example/p/go/2", "chain": [
+      {"status": 302, "to": "https://shop.example/gone?qw_u=kept"}], "end": {"status": 404, "body": "no such offer"}},
+    {"link": "https://l.example/p/go/3", "chain": [{"status": 302, "to": "https://shop.example/bytes"}],
+     "end": {"status": 500, "bodyBase64": "//4="}},
+    {"link": "https://l.example/p/go/4", "chain": [{"status": 302, "to": "https://l.example/p/go/4"}]},
+    {"link": "https://l.example/p/go/5", "chain": [{"status": 302, "to": "https://shop.example/slow?qw_u=slow"}],
+     "end": {"status": 200, "delay": 60000}}
+  ]})";
+
+class DeeplinkManagerTest : public testing::Test {
+ protected:
+  std::shared_ptr<platform::URLSession> session() {
+    return platform::URLSession::make(service_.configuration(),
+                                      URLSessionRedirectDelegate::shared());
+  }
+  std::string resolve(const char* link) {
+    return platform::wait(DeeplinkManager(URL::parse(link).value(), session()).resolve())
+        .absoluteString();
+  }
+  DeeplinkResolutionError failure(const char* link) {
+    try {
+      resolve(link);
+    } catch (const DeeplinkResolutionError& error) {
+      return error;
+    }
+    ADD_FAILURE() << link << " resolved";
+    return DeeplinkResolutionError::unknown();
+  }
+  Analytics& analytics() { return Analytics::shared(); }
+
+  std::shared_ptr<tests::RecordingLog> log_ = tests::RecordingLog::install();
+  tests::SandboxService service_{kScenario};
+};
+
+using Lines = std::vector<std::string>;
+using Text = std::optional<std::string>;
+
+TEST_F(DeeplinkManagerTest, TheChainsEndIsTheDestinationAndWhatItCarriedIsOnDisk) {
+  std::vector<Text> seen;
+  auto subscription =
+      analytics().qwuDeeplinkChanges().subscribe([&](const auto& v) { seen.push_back(v); });
+  EXPECT_EQ(resolve("http://l.example/p/go/1f"), "https://shop.example/shoes?qw_u=third&size=42");
+  EXPECT_EQ(seen, (std::vector<Text>{Text(), "first", "second", "third"}));
+  EXPECT_EQ(analytics().rulesPicKey(), "00ff");
+  auto& onDisk = platform::UserDefaults::make(
+      std::filesystem::path(platform::hostConfiguration().home.value()) / "com.example.tests" /
+      "preferences.sqlite");
+  EXPECT_EQ(onDisk.object("com.quenwick.sdk.qwuDeeplink"), platform::DefaultsValue("third"));
+  EXPECT_TRUE(log_->lines().empty());
+}
+
+TEST_F(DeeplinkManagerTest, RequestsGoOverHTTPSWithTheLibrarysUserAgentAlone) {
+  resolve("http://l.example/p/go/1f");
+  auto requests = service_.sandbox().requests();
+  EXPECT_EQ(requests.find("\"scheme\":\"http\""), requests.npos);
+  EXPECT_NE(requests.find("\"User-Agent\":\"QuenwickSDK/"), requests.npos) << requests;
+  EXPECT_EQ(requests.find("Accept-Language"), requests.npos);
+  EXPECT_EQ(service_.received().size(), 4U);
+}
+
+TEST_F(DeeplinkManagerTest, ATargetMayEndTheChainBeforeItself) {
+  EXPECT_EQ(resolve("https://l.example/p/rpm/2/url"), "https://l.example/p/rpm/2/url");
+  EXPECT_EQ(service_.received(), (Lines{"GET l.example/p/rpm/2/url"}));
+  EXPECT_EQ(analytics().qwuDeeplink(), "halted");
+}
+
+TEST_F(DeeplinkManagerTest, AURLThatCannotBeLoadedIsTheDestination) {
+  EXPECT_EQ(resolve("https://l.example/p/cp/x/c"), "shopapp://product/42?qw_u=app");
+  EXPECT_EQ(analytics().qwuDeeplink(), "app");
+  EXPECT_EQ(resolve("https://l.example/p/go/4"), "https://l.example/p/go/4") << "a loop";
+  EXPECT_EQ(resolve("shop.example/p/go/1"), "https:shop.example/p/go/1");
+  EXPECT_TRUE(log_->lines().empty());
+}
+
+TEST_F(DeeplinkManagerTest, AnErrorStatusIsAFailureWithTheBodyAndTheLink) {
+  auto error = failure("http://l.example/p/go/2").nsError();
+  EXPECT_EQ(error.domain(), "com.quenwick.error");
+  EXPECT_EQ(error.code(), -1);
+  EXPECT_EQ(error.userInfo(),
+            (platform::UserInfo{
+                {std::string(platform::NSLocalizedFailureReasonErrorKey), "no such offer"},
+                {std::string(platform::NSURLErrorKey), "https://l.example/p/go/2"}}));
+  EXPECT_EQ(log_->lines(), (Lines{"debug: Could not resolve deeplink", "error: no such offer"}));
+  EXPECT_EQ(analytics().qwuDeeplink(), "kept") << "what the chain carried stays";
+}
+
+TEST_F(DeeplinkManagerTest, ABodyThatIsNoTextLeavesTheMessageEmpty) {
+  auto error = failure("https://l.example/p/go/3");
+  EXPECT_EQ(std::get<DeeplinkResolutionError::Failure>(error.value()),
+            (DeeplinkResolutionError::Failure{"https://l.example/p/go/3", ""}));
+  EXPECT_EQ(log_->lines(), (Lines{"debug: Could not resolve deeplink"}));
+}
+
+TEST_F(DeeplinkManagerTest, AnAnswerWithoutURLOrHTTPIsUnknown) {
+  auto link = URL::parse("https://l.example/x").value();
+  auto http = std::make_shared<platform::HTTPURLResponse>();
+  http->statusCode = 200;
+  for (std::shared_ptr<platform::URLResponse> response :
+       {std::shared_ptr<platform::URLResponse>(http), std::make_shared<platform::URLResponse>()}) {
+    log_ = tests::RecordingLog::install();
+    try {
+      DeeplinkManager::destination({"", response}, link);
+      ADD_FAILURE();
+    } catch (const DeeplinkResolutionError& error) {
+      EXPECT_EQ(error.nsError().code(), -2);
+      EXPECT_EQ(error.nsError().userInfo(),
+                (platform::UserInfo{
+                    {std::string(platform::NSLocalizedFailureReasonErrorKey), "unknown"}}));
+    }
+    EXPECT_EQ(log_->lines(), (Lines{"debug: Could not resolve deeplink",
+                                    "debug: Deeplink Resolution did not contain a URL"}));
+  }
+}
+
+platform::Task<void> expectCancelled(DeeplinkManager manager, std::stop_token stop,
+                                     std::shared_ptr<Text> message) {
+  try {
+    co_await manager.resolve(stop);
+  } catch (const DeeplinkResolutionError& error) {
+    *message = std::get<DeeplinkResolutionError::Failure>(error.value()).message;
+  }
+}
+
+TEST_F(DeeplinkManagerTest, ACancelledResolutionFailsAtOnceAndSaysSo) {
+  std::stop_source stop;
+  auto message = std::make_shared<Text>();
+  DeeplinkManager manager(URL::parse("https://l.example/p/go/5").value(), session());
+  auto handle = platform::startTask(expectCancelled(manager, stop.get_token(), message), stop);
+  while (service_.received().size() < 2) std::this_thread::yield();
+  handle.cancel();
+  ASSERT_TRUE(handle.waitFor(std::chrono::seconds(20)));
+  EXPECT_EQ(*message, "The load was cancelled.");
+  EXPECT_EQ(log_->lines(), (Lines{"debug: An error occurred while attempting to resolve a Deeplink",
+                                  "error: The load was cancelled."}));
+}
+
+/// A subclass may replace what is done with a target.
+struct Replaced : URLSessionRedirectDelegate {
+  void setQWUFromDeeplink(const URL& url) override { seen.push_back("u " + url.absoluteString()); }
+  void setRulesPicKeyFromDeeplink(const URL& url) override {
+    seen.push_back("k " + url.absoluteString());
+  }
+  Lines seen;
+};
+
+TEST_F(DeeplinkManagerTest, TheDelegatesStepsMayBeReplacedAndComeInOrder) {
+  auto replaced = std::make_shared<Replaced>();
+  auto session = platform::URLSession::make(service_.configuration(), replaced);
+  DeeplinkManager manager(URL::parse("https://l.example/p/cp/x/c").value(), session);
+  platform::wait(manager.resolve());
+  EXPECT_EQ(replaced->seen,
+            (Lines{"u shopapp://product/42?qw_u=app", "k shopapp://product/42?qw_u=app"}));
+  EXPECT_EQ(analytics().qwuDeeplink(), std::nullopt);
+}
+
+TEST_F(DeeplinkManagerTest, ResolutionsAtOnceDoNotDisturbEachOther) {
+  std::vector<platform::TaskHandle> handles;
+  std::atomic<int> right = 0;
+  auto run = [](DeeplinkManager manager, std::string expected,
+                std::atomic<int>* count) -> platform::Task<void> {
+    if ((co_await manager.resolve()).absoluteString() == expected) ++*count;
+  };
+  for (int i = 0; i < 60; ++i) {
+    bool isApp = i % 3 == 0;
+    auto link = URL::parse(isApp ? "https://l.example/p/cp/x/c" : "https://l.example/p/go/1f");
+    auto expected =
+        isApp ? "shopapp://product/42?qw_u=app" : "https://shop.example/shoes?qw_u=third&size=42";
+    handles.push_back(
+        platform::startTask(run(DeeplinkManager(*link, session()), expected, &right)));
+  }
+  for (const auto& handle : handles) handle.wait();
+  EXPECT_EQ(right, 60);
+}
+
+}  // namespace
+}  // namespace quenwick

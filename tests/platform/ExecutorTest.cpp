@@ -1,0 +1,84 @@
+#include "quenwick/platform/Executor.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <thread>
+#include <vector>
+
+#include "quenwick/platform/MainActor.h"
+#include "quenwick/platform/SerialThread.h"
+#include "tests/support/RecordingLog.h"
+
+namespace quenwick::platform {
+namespace {
+
+void waitForAll(Executor& executor) {
+  std::promise<void> reached;
+  executor.post([&] { reached.set_value(); });
+  reached.get_future().wait();
+}
+
+TEST(Executor, AStrandRunsItsWorkInOrderAndOneByOne) {
+  auto strand = makeStrand();
+  std::vector<int> order;  // unguarded on purpose: two at once would be a race
+  for (int i = 0; i < 10'000; ++i) strand->post([&order, i] { order.push_back(i); });
+  waitForAll(*strand);
+  ASSERT_EQ(order.size(), 10'000U);
+  EXPECT_TRUE(std::ranges::is_sorted(order));
+}
+
+TEST(Executor, WorkThatThrowsTakesNothingWithIt) {
+  auto log = tests::RecordingLog::install();
+  static auto& thread = *new SerialThread("test-serial");
+  for (Executor* executor : {&pool(), static_cast<Executor*>(&thread)}) {
+    executor->post([] { throw std::runtime_error("host fault"); });
+    waitForAll(*executor);
+  }
+  waitForAll(*makeStrand());
+  EXPECT_GE(log->count("error: an exception escaped posted work: host fault"), 1);
+}
+
+TEST(Executor, ADelayedPostComesUnlessCancelled) {
+  std::promise<void> came;
+  std::atomic<int> cancelled = 0;
+  auto never = postAfter(std::chrono::milliseconds(1), pool(), [&] { ++cancelled; });
+  never.cancel();
+  auto soon = postAfter(std::chrono::milliseconds(20), pool(), [&] { came.set_value(); });
+  came.get_future().wait();
+  EXPECT_EQ(cancelled, 0);
+}
+
+TEST(SerialThread, DrainWaitsForWhatWasPostedBeforeAndNoLongerThanAsked) {
+  static auto& thread = *new SerialThread("test-serial");
+  std::promise<void> release;
+  auto released = release.get_future().share();
+  std::atomic<bool> isDone = false;
+  thread.post([released, &isDone] {
+    released.wait();
+    isDone = true;
+  });
+  EXPECT_FALSE(thread.drain(std::chrono::milliseconds(10)));
+  release.set_value();
+  EXPECT_TRUE(thread.drain(std::chrono::minutes(1)));
+  EXPECT_TRUE(isDone);
+}
+
+TEST(MainActor, RunsOnTheExecutorThatTheHostSet) {
+  auto strand = makeStrand();
+  std::promise<std::thread::id> own;
+  MainActor::post([&] { own.set_value(std::this_thread::get_id()); });
+  EXPECT_NE(own.get_future().get(), std::this_thread::get_id());
+
+  struct Inline : Executor {
+    void post(Work work) override { work(); }
+  };
+  MainActor::setExecutor(std::make_shared<Inline>());
+  std::thread::id hosts;
+  MainActor::post([&] { hosts = std::this_thread::get_id(); });
+  EXPECT_EQ(hosts, std::this_thread::get_id());
+}
+
+}  // namespace
+}  // namespace quenwick::platform

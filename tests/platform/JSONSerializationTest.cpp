@@ -1,0 +1,49 @@
+#include "quenwick/platform/JSONSerialization.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+namespace quenwick::platform {
+namespace {
+
+TEST(JSONSerialization, KeepsEveryBitOfNumbersAndTexts) {
+  for (std::string text :
+       {R"({"a":9223372036854775807,"b":-9223372036854775808,"c":18446744073709551615})",
+        R"([1.5,3.0,-0.25,1.0,true,false,null,"ü€\n\u0001",{},[]])",
+        R"({"z":1,"a":{"z":[1,[2,[3]]]}})"}) {
+    EXPECT_EQ(JSONSerialization::text(JSONSerialization::parse(text)), text);
+  }
+}
+
+TEST(JSONSerialization, TheLastOfDuplicateKeysHolds) {
+  EXPECT_EQ(JSONSerialization::parse(R"({"a":1,"b":2,"a":3})"), (Dictionary{{"a", 3}, {"b", 2}}));
+}
+
+TEST(JSONSerialization, RefusesWhatIsNoJSON) {
+  std::string deep = std::string(10'000, '[') + std::string(10'000, ']');
+  for (const auto& text : {std::string("{"), std::string("NaN"), std::string("[1,]"),
+                           std::string("\"\xff\""), std::string("1e999"), deep, std::string()}) {
+    EXPECT_THROW(JSONSerialization::parse(text), JSONError) << text.substr(0, 20);
+  }
+}
+
+TEST(JSONSerialization, RefusesValuesThatJSONCannotHold) {
+  Value deep;
+  for (int i = 0; i < 600; ++i) deep = List{deep};
+  for (const Value& value : {Value(std::nan("")), Value(std::numeric_limits<double>::infinity()),
+                             Value("\xff"), Value(Dictionary{{"\xff", 1}}), deep}) {
+    EXPECT_THROW(JSONSerialization::text(value), JSONError);
+  }
+}
+
+TEST(JSONSerialization, PrettyTextReadsBackTheSame) {
+  Value value = Dictionary{{"a", List{1, Dictionary{}}}, {"b", List{}}};
+  auto text = JSONSerialization::text(value, JSONWritingOptions::prettyPrinted);
+  EXPECT_EQ(text, "{\n  \"a\": [\n    1,\n    {}\n  ],\n  \"b\": []\n}");
+  EXPECT_EQ(JSONSerialization::parse(text), value);
+}
+
+}  // namespace
+}  // namespace quenwick::platform

@@ -1,0 +1,44 @@
+#include "quenwick/platform/Text.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace quenwick::platform {
+namespace {
+
+using namespace std::string_literals;
+
+TEST(Text, ControlCharactersCannotForgeALine) {
+  EXPECT_EQ(escapedControls("a\nb\r\tc\x1b[31m\x7fü€"), "a\\nb\\r\\tc\\u{1b}[31m\\u{7f}ü€");
+  EXPECT_EQ(escapedControls("a\0b\xc2\x9b\xffz"s), "a\\0b\\u{9b}\\xFFz");
+  EXPECT_EQ(escapedControls("cut \xe2\x82"), "cut \\xE2\\x82");
+  EXPECT_EQ(debugQuoted("say \"hi\" \\ \n"), R"("say \"hi\" \\ \n")");
+}
+
+TEST(Text, PercentDecodingKeepsWhatIsNoEscape) {
+  EXPECT_EQ(percentDecoded("a%20b%2Fc"), "a b/c");
+  EXPECT_EQ(percentDecoded("50%"), "50%");
+  EXPECT_EQ(percentDecoded("%4"), "%4");
+  EXPECT_EQ(percentDecoded("%41%"), "A%");
+  EXPECT_EQ(percentDecoded("%00"), "\0"s);
+  EXPECT_EQ(percentDecoded("%ff%41"), "%ff%41") << "not UTF-8: as it was";
+}
+
+TEST(Text, UTF8IsCheckedBeyondAZeroByte) {
+  EXPECT_TRUE(isUTF8("ü\0€"s));
+  EXPECT_FALSE(isUTF8("ü\0\xff"s));
+  EXPECT_FALSE(isUTF8("\xed\xa0\x80")) << "a surrogate";
+  EXPECT_FALSE(isUTF8("\xc0\xaf")) << "overlong";
+}
+
+TEST(Text, NumbersReadBackAsTheyWere) {
+  for (double number : {1.0, 0.9, 1.0 - 0.1 * 3, 1e21, 5e-324, 1.7976931348623157e308, -0.1}) {
+    EXPECT_EQ(std::strtod(shortestDecimal(number).c_str(), nullptr), number);
+  }
+  EXPECT_EQ(shortestDecimal(3), "3.0");
+  EXPECT_EQ(shortestDecimal(-1.5), "-1.5");
+}
+
+}  // namespace
+}  // namespace quenwick::platform

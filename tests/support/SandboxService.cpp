@@ -1,0 +1,50 @@
+#include "tests/support/SandboxService.h"
+
+#include <fstream>
+#include <iterator>
+
+#include "quenwick/platform/JSONSerialization.h"
+
+namespace quenwick::tests {
+
+SandboxService::SandboxService(std::string scenario) {
+  sandbox::Options options;
+  options.state = folder_.path();
+  options.scenario = std::move(scenario);
+  sandbox_ = std::make_unique<sandbox::Sandbox>(std::move(options));
+}
+
+platform::URLSessionConfiguration SandboxService::configuration() const {
+  platform::URLSessionConfiguration configuration;
+  std::ifstream authority(sandbox_->certificateAuthority(), std::ios::binary);
+  configuration.additionalTrustAnchors = {std::istreambuf_iterator<char>(authority), {}};
+  for (const auto& host : sandbox_->hosts()) {
+    configuration.connectTo.push_back({host, 443, "127.0.0.1", sandbox_->port()});
+    configuration.connectTo.push_back({host, 80, "127.0.0.1", sandbox_->httpPort()});
+  }
+  return configuration;
+}
+
+std::vector<std::string> SandboxService::options() const {
+  std::vector<std::string> words{"--cacert", sandbox_->certificateAuthority().string()};
+  for (const auto& to : configuration().connectTo) {
+    words.push_back("--connect-to");
+    words.push_back(to.host + ":" + std::to_string(to.port) + ":" + to.toAddress + ":" +
+                    std::to_string(to.toPort));
+  }
+  return words;
+}
+
+std::vector<std::string> SandboxService::received() const {
+  std::vector<std::string> lines;
+  auto all = platform::JSONSerialization::parse(sandbox_->requests());
+  const auto& requests = *all.as<platform::Dictionary>()->find("requests");
+  for (const auto& request : *requests.as<platform::List>()) {
+    const auto& fields = *request.as<platform::Dictionary>();
+    auto text = [&](const char* name) { return *fields.find(name)->as<std::string>(); };
+    lines.push_back(text("method") + " " + text("host") + text("path"));
+  }
+  return lines;
+}
+
+}  // namespace quenwick::tests
