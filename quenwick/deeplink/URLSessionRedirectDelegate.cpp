@@ -5,6 +5,7 @@
 #include "quenwick/CoreData/CoreDataManager.h"
 #include "quenwick/deeplink/LinkOperations.h"
 #include "quenwick/platform/URLComponents.h"
+#include "quenwick/platform/Writer.h"
 #include "quenwick/state/Analytics.h"
 
 namespace quenwick {
@@ -34,6 +35,11 @@ platform::Task<Answer> URLSessionRedirectDelegate::urlSession(platform::URLSessi
   setRulesPicKeyFromDeeplink(*newRequest.url);
   if (shouldHaltRedirects(*newRequest.url)) co_return std::nullopt;
   co_return newRequest;
+}
+
+void URLSessionRedirectDelegate::urlSession(platform::URLSession&, platform::URLSessionTask&,
+                                            const platform::PlatformError*) {
+  platform::writer().hurry();
 }
 
 void URLSessionRedirectDelegate::urlSession(platform::URLSession& session,

@@ -21,10 +21,13 @@ class URLSessionRedirectDelegate : public platform::URLSessionTaskDelegate {
       platform::URLSession& session, platform::URLSessionTask& task,
       platform::HTTPURLResponse willPerformHTTPRedirection,
       platform::URLRequest newRequest) override;
-  using platform::URLSessionTaskDelegate::urlSession;
 
-  /// The same for callers that take the answer by a completion handler, called on the pool. The
-  /// delegate, the session and the task must live until then.
+  /// Has what the redirects carried written now: whoever waits for the load waits for that too.
+  void urlSession(platform::URLSession& session, platform::URLSessionTask& task,
+                  const platform::PlatformError* didCompleteWithError) override;
+
+  /// The answer to a redirect for callers that take the answer by a completion handler, called on
+  /// the pool. The delegate, the session and the task must live until then.
   void urlSession(platform::URLSession& session, platform::URLSessionTask& task,
                   platform::HTTPURLResponse willPerformHTTPRedirection,
                   platform::URLRequest newRequest,

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
 
 #include "quenwick/platform/Descriptors_curl.h"
 #include "quenwick/platform/Text.h"
@@ -88,16 +89,29 @@ Load::Easy Load::takeDown() {
   return std::move(easy_);
 }
 
-/// Sets the hop that comes next.
+/// Takes the hop that comes next.
+void Load::setNext(URLRequest request) {
+  isSet_ = isSet_ && request.httpMethod == request_.httpMethod &&
+           request.headerFields == request_.headerFields && !request.httpBody &&
+           !request_.httpBody && request.cachePolicy == request_.cachePolicy;
+  request_ = std::move(request);
+}
+
+/// Tells curl what to load. What a redirect leaves as it was is not told again.
 void Load::setRequest() {
-  auto* easy = easy_.get();
   body_.clear();
   isHeadComplete_ = false;
   response_ = std::make_shared<HTTPURLResponse>();
   response_->url = request_.url;
   lastProgress_ = Clock::now();
+  curl_easy_setopt(easy_.get(), CURLOPT_URL, request_.url->absoluteString().c_str());
+  if (std::exchange(isSet_, true)) return;
+  setMethod();
+  setHeaders();
+}
 
-  curl_easy_setopt(easy, CURLOPT_URL, request_.url->absoluteString().c_str());
+void Load::setMethod() {
+  auto* easy = easy_.get();
   const auto method = request_.httpMethod.value_or("GET");
   curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
   curl_easy_setopt(easy, CURLOPT_NOBODY, method == "HEAD" ? 1L : 0L);
@@ -108,7 +122,6 @@ void Load::setRequest() {
   }
   bool isPlain = method == "HEAD" || method == (request_.httpBody ? "POST" : "GET");
   curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, isPlain ? nullptr : method.c_str());
-  setHeaders();
 }
 
 void Load::setHeaders() {

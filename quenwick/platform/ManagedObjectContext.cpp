@@ -75,6 +75,7 @@ void ManagedObjectContext::performAndWait(const Work& work) {
       done->set_exception(std::current_exception());
     }
   });
+  if (queue_ != Queue::main) writer().hurry();
   done->get_future().get();
 }
 

@@ -26,6 +26,9 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   ManagedObjectContext(std::shared_ptr<PersistentStore> store, Queue queue);
   ~ManagedObjectContext();
 
+  /// The store that the context reads and saves to, kept as long as a context needs it.
+  const PersistentStore& persistentStore() const { return *store_; }
+
   /// Runs the work on the context's queue, later and in order with other work there; the context
   /// lives until it has run. What the work throws is logged.
   void perform(Work work);

@@ -10,12 +10,23 @@
 namespace quenwick::platform {
 
 void SerialThread::post(Work work) {
+  bool isFirst = false;
   {
     std::lock_guard lock(mutex_);
+    isFirst = waiting_.empty();
+    if (isFirst) due_ = std::chrono::steady_clock::now() + lull_;
     waiting_.push_back(std::move(work));
     if (!isStarted_) start();
   }
-  changed_.notify_all();
+  if (isFirst) changed_.notify_one();
+}
+
+void SerialThread::hurry() {
+  {
+    std::lock_guard lock(mutex_);
+    if (waiting_.empty() || std::exchange(isHurried_, true)) return;
+  }
+  changed_.notify_one();
 }
 
 void SerialThread::start() {
@@ -47,23 +58,26 @@ bool SerialThread::drain(std::chrono::nanoseconds atMost) {
     marker->isReached = true;
     marker->changed.notify_all();
   });
+  hurry();
   std::unique_lock lock(marker->mutex);
   return marker->changed.wait_for(lock, atMost, [&] { return marker->isReached; });
 }
 
 void SerialThread::run() {
   for (;;) {
-    Work work;
-    {
-      std::unique_lock lock(mutex_);
-      isRunning_ = false;
-      changed_.wait(lock, [this] { return !waiting_.empty(); });
-      work = std::move(waiting_.front());
-      waiting_.pop_front();
-      isRunning_ = true;
-    }
-    runWork(work);
+    for (auto batch = nextBatch(); !batch.empty(); batch.pop_front()) runWork(batch.front());
   }
+}
+
+/// Waits until there is work and its lull is over.
+std::deque<Work> SerialThread::nextBatch() {
+  std::unique_lock lock(mutex_);
+  isRunning_ = false;
+  changed_.wait(lock, [this] { return !waiting_.empty(); });
+  if (lull_.count() > 0) changed_.wait_until(lock, due_, [this] { return isHurried_; });
+  isHurried_ = false;
+  isRunning_ = true;
+  return std::exchange(waiting_, {});
 }
 
 }  // namespace quenwick::platform

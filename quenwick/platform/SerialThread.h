@@ -11,12 +11,19 @@ namespace quenwick::platform {
 
 /// A thread of its own that runs its work in the order it was posted. The thread starts with the
 /// first work and is never joined: an instance lives for the process.
+///
+/// With a `lull`, work that finds nothing waiting begins that much later, together with what came
+/// meanwhile; `hurry` and `drain` end the lull.
 class SerialThread : public Executor {
  public:
   /// `name` has at most 15 characters and outlives the instance.
-  explicit SerialThread(const char* name) : name_(name) {}
+  explicit SerialThread(const char* name, std::chrono::nanoseconds lull = {})
+      : name_(name), lull_(lull) {}
 
   void post(Work work) override;
+
+  /// Has what was posted so far begin now.
+  void hurry();
 
   /// Whether nothing is waiting or running.
   bool isIdle() const;
@@ -27,11 +34,15 @@ class SerialThread : public Executor {
  private:
   void start();
   void run();
+  std::deque<Work> nextBatch();
 
   const char* name_;
+  const std::chrono::nanoseconds lull_;
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Work> waiting_;
+  std::chrono::steady_clock::time_point due_;  // of what waits
+  bool isHurried_ = false;
   bool isRunning_ = false;
   bool isStarted_ = false;
 };

@@ -17,9 +17,9 @@ namespace {
 constexpr long kConnectionsPerHost = 6;
 constexpr std::size_t kSpareHandles = 16;
 
-CURLM* makeMulti() {
-  auto* multi = makeCloseOnExecMulti();
-  curl_multi_setopt(multi, CURLMOPT_MAX_HOST_CONNECTIONS, kConnectionsPerHost);
+std::shared_ptr<CURLM> makeMulti() {
+  std::shared_ptr<CURLM> multi(makeCloseOnExecMulti(), curl_multi_cleanup);
+  curl_multi_setopt(multi.get(), CURLMOPT_MAX_HOST_CONNECTIONS, kConnectionsPerHost);
   return multi;
 }
 
@@ -81,7 +81,7 @@ void URLLoader::answerRedirect(std::shared_ptr<Load> load, std::optional<URLRequ
 void URLLoader::goOn(const std::shared_ptr<Load>& load, std::optional<URLRequest> request) {
   if (load->isEnded_) return;
   if (!request) return end(load, nullptr);
-  load->request_ = *std::move(request);
+  load->setNext(*std::move(request));
   begin(load);
 }
 
@@ -90,9 +90,9 @@ void URLLoader::closeIdleConnections() {
   post([this, done] {
     spare_.clear();
     if (loads_.empty()) {
-      auto* fresh = makeMulti();
+      auto fresh = makeMulti();
       std::lock_guard lock(mutex_);
-      curl_multi_cleanup(std::exchange(multi_, fresh));
+      multi_.swap(fresh);
     }
     done->set_value();
   });
@@ -100,10 +100,14 @@ void URLLoader::closeIdleConnections() {
 }
 
 void URLLoader::post(Command command) {
-  std::lock_guard lock(mutex_);
-  commands_.push_back(std::move(command));
-  // Under the lock, as the handle is replaced under it too.
-  if (commands_.size() == 1) curl_multi_wakeup(multi_);
+  std::shared_ptr<CURLM> toWake;
+  {
+    std::lock_guard lock(mutex_);
+    commands_.push_back(std::move(command));
+    if (commands_.size() == 1) toWake = multi_;
+  }
+  // Without the lock, which the woken thread takes first of all.
+  if (toWake) curl_multi_wakeup(toWake.get());
 }
 
 void URLLoader::run() {
@@ -112,11 +116,11 @@ void URLLoader::run() {
     do {
       hasBegun_ = false;
       int running = 0;
-      curl_multi_perform(multi_, &running);
+      curl_multi_perform(multi_.get(), &running);
       takeEnded();
     } while (hasBegun_);
     failTimedOut();
-    if (!isStopping_) curl_multi_poll(multi_, nullptr, 0, pollMilliseconds(), nullptr);
+    if (!isStopping_) curl_multi_poll(multi_.get(), nullptr, 0, pollMilliseconds(), nullptr);
   }
 }
 
@@ -134,7 +138,7 @@ void URLLoader::runCommands() {
 
 void URLLoader::takeEnded() {
   int left = 0;
-  while (auto* message = curl_multi_info_read(multi_, &left)) {
+  while (auto* message = curl_multi_info_read(multi_.get(), &left)) {
     if (message->msg != CURLMSG_DONE) continue;
     auto code = message->data.result;
     char* ended = nullptr;
@@ -160,7 +164,7 @@ void URLLoader::begin(const std::shared_ptr<Load>& load) {
   load->setRequest();
   nextDeadline_ = std::min(nextDeadline_, load->deadline());
   load->isLoading_ = true;
-  curl_multi_add_handle(multi_, load->easy_.get());
+  curl_multi_add_handle(multi_.get(), load->easy_.get());
   hasBegun_ = true;
 }
 
@@ -179,7 +183,8 @@ void URLLoader::hopEnded(const std::shared_ptr<Load>& load, CURLcode code) {
 
 /// Takes the load's handle off the wire.
 void URLLoader::pause(Load& load) {
-  if (std::exchange(load.isLoading_, false)) curl_multi_remove_handle(multi_, load.easy_.get());
+  if (std::exchange(load.isLoading_, false))
+    curl_multi_remove_handle(multi_.get(), load.easy_.get());
 }
 
 /// The same in the middle of a transfer, without waiting for a look-up of a host's name.

@@ -48,7 +48,9 @@ class Load {
   static Easy makeEasy();
   void setUp(Easy easy);
   Easy takeDown();
+  void setNext(URLRequest request);
   void setRequest();
+  void setMethod();
   void setHeaders();
   void setTrust();
   bool receiveHeader(std::string_view line);
@@ -71,6 +73,7 @@ class Load {
   TextList headers_;
   TextList connectTo_;
   std::shared_ptr<HTTPURLResponse> response_;
+  bool isSet_ = false;  // method and headers are with the handle
   bool isHeadComplete_ = false;
   Bytes body_;
   bool isBodyTooLong_ = false;
@@ -112,7 +115,7 @@ class URLLoader {
   void stop();
   int pollMilliseconds() const;
 
-  CURLM* multi_ = nullptr;
+  std::shared_ptr<CURLM> multi_;
   std::vector<std::shared_ptr<Load>> loads_;
   std::vector<Load::Easy> spare_;
   Load::Clock::time_point nextDeadline_ = Load::Clock::time_point::max();

@@ -11,6 +11,8 @@ namespace quenwick::platform {
 namespace {
 
 constexpr std::chrono::seconds kPatienceAtExit(1);
+// What belongs together comes within this time and is written together.
+constexpr std::chrono::milliseconds kLull(5);
 
 /// Takes a task on at the first of several calls, however early that comes.
 class FirstOfTwo {
@@ -43,7 +45,7 @@ class FirstOfTwo {
 };
 
 SerialThread& makeWriter() {
-  auto& thread = *new SerialThread("quenwick-write");
+  auto& thread = *new SerialThread("quenwick-write", kLull);
   atProcessExit([] { writer().drain(kPatienceAtExit); });
   return thread;
 }
@@ -61,6 +63,7 @@ Task<void> writerIsDone(std::stop_token stop) {
   std::stop_callback onStop(stop, [first] { first->fire(); });
   co_await suspend<void>([first](Continuation<void> continuation) {
     writer().post([first] { first->fire(); });
+    writer().hurry();
     first->set(continuation);
   });
 }

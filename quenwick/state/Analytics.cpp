@@ -3,13 +3,11 @@
 #include <cstdint>
 #include <random>
 
-#include "quenwick/CoreData/DeeplinkQWU.h"
-#include "quenwick/CoreData/ManagedObjectType.h"
 #include "quenwick/platform/Bundle.h"
 #include "quenwick/platform/Calendar.h"
-#include "quenwick/platform/ManagedObjectContext.h"
 #include "quenwick/platform/System.h"
 #include "quenwick/resources/LibraryBundle.h"
+#include "quenwick/state/SeenLinkUsers.h"
 
 namespace quenwick {
 namespace {
@@ -34,15 +32,6 @@ std::string newAnonymousID(platform::Date now) {
   return "anon-" + std::to_string(milliseconds) + "-" + std::to_string(number);
 }
 
-void noteSeen(platform::ManagedObjectContext& context, const std::string& value,
-              platform::Date now) {
-  auto* record = findOrCreate<DeeplinkQWU>(context, DeeplinkQWU::searchByValuePredicate(value));
-  if (!record) return;
-  record->setValue(value);
-  record->setLastSeenAt(now);
-  context.save();
-}
-
 }  // namespace
 
 Analytics& Analytics::shared() {
@@ -55,6 +44,7 @@ Analytics::Analytics(platform::UserDefaults& userDefaults,
                      std::shared_ptr<const platform::Clock> clock)
     : userDefaults_(userDefaults),
       clock_(std::move(clock)),
+      seenLinkUsers_(std::make_shared<SeenLinkUsers>()),
       qwU_(kQWUKey, userDefaults),
       qwuDeeplink_(kQWUDeeplinkKey, userDefaults),
       rulesPicKey_(kRulesPicKeyKey, userDefaults),
@@ -101,8 +91,7 @@ platform::AnyPublisher<std::optional<std::string>> Analytics::rulesPicKeyChanges
 void Analytics::setQWUDeeplink(const std::string& value,
                                const std::shared_ptr<platform::ManagedObjectContext>& context) {
   qwuDeeplink_.setWrappedValue(value);
-  if (!context) return;
-  context->perform([context, value, now = clock_->now()] { noteSeen(*context, value, now); });
+  if (context) seenLinkUsers_->note(value, clock_->now(), context);
 }
 
 std::optional<std::string> Analytics::qwu() const {

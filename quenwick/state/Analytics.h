@@ -12,6 +12,8 @@
 
 namespace quenwick {
 
+class SeenLinkUsers;
+
 namespace platform {
 class ManagedObjectContext;
 }
@@ -67,6 +69,7 @@ class Analytics {
  private:
   platform::UserDefaults& userDefaults_;
   std::shared_ptr<const platform::Clock> clock_;
+  std::shared_ptr<SeenLinkUsers> seenLinkUsers_;
   std::mutex making_;  // of the identifiers; never held during I/O
   std::atomic<bool> isFirstInstall_ = false;
   StoredOptional<std::string> qwU_;
