@@ -89,4 +89,7 @@ inline constexpr int serverCertificateHasUnknownRoot = -1203;
 inline constexpr int serverCertificateNotYetValid = -1204;
 }  // namespace URLErrorCode
 
+/// Domain of the operating system's errors; a code is what `errno` says.
+inline constexpr std::string_view kPOSIXErrorDomain = "NSPOSIXErrorDomain";
+
 }  // namespace quenwick::platform

@@ -24,9 +24,11 @@ bool configureHost(HostConfiguration configuration);
 /// The configuration in force; from now on it cannot be set any more.
 const HostConfiguration& hostConfiguration();
 
-/// The application's folder for settings, and that for stores; made with mode 0700 where missing.
+/// The application's folders for settings, for stores, and for what can be had again; made with
+/// mode 0700 where missing.
 std::filesystem::path settingsDirectory();
 std::filesystem::path storesDirectory();
+std::filesystem::path cachesDirectory();
 
 /// Makes the folder (0700) and, in it, the empty file (0600) where they are missing. Whether the
 /// file is there afterwards.

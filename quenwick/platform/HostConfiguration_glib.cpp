@@ -69,6 +69,12 @@ std::filesystem::path settingsDirectory() { return applicationDirectory(g_get_us
 
 std::filesystem::path storesDirectory() { return applicationDirectory(g_get_user_data_dir()); }
 
+std::filesystem::path cachesDirectory() {
+  auto directory = applicationDirectory(g_get_user_cache_dir()) / "Caches";
+  makePrivateDirectory(directory);
+  return directory;
+}
+
 bool makePrivateFile(const std::filesystem::path& file) {
   makePrivateDirectory(file.parent_path());
   int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);

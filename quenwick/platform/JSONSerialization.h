@@ -25,6 +25,10 @@ struct JSONSerialization {
   /// Throws `JSONError`. Doubles leave in their shortest form, 1.5 and 3.0.
   static std::string text(const Value& value,
                           JSONWritingOptions options = JSONWritingOptions::compact);
+  static std::string text(const Dictionary& dictionary,
+                          JSONWritingOptions options = JSONWritingOptions::compact);
+  static std::string text(const List& list,
+                          JSONWritingOptions options = JSONWritingOptions::compact);
 };
 
 }  // namespace quenwick::platform

@@ -29,6 +29,9 @@ std::string percentEncoded(std::string_view text, std::string_view allowed);
 
 std::string base64Encoded(std::string_view bytes);
 
+/// The SHA-256 sum of the bytes as 64 hexadecimal digits.
+std::string sha256(std::string_view bytes);
+
 /// Lower case of the ASCII letters; other bytes stay. The same in every locale.
 std::string lowercased(std::string_view text);
 

@@ -129,6 +129,14 @@ std::string base64Encoded(std::string_view bytes) {
   return text.get();
 }
 
+std::string sha256(std::string_view bytes) {
+  std::unique_ptr<char, decltype(&g_free)> text(
+      g_compute_checksum_for_data(G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(bytes.data()),
+                                  bytes.size()),
+      &g_free);
+  return text.get();
+}
+
 std::string lowercased(std::string_view text) {
   std::string out(text);
   for (char& c : out) c = g_ascii_tolower(c);

@@ -17,6 +17,16 @@ TEST(JSONSerialization, KeepsEveryBitOfNumbersAndTexts) {
   }
 }
 
+TEST(JSONSerialization, EscapesWhatATextMayNotHold) {
+  std::string every;
+  for (char c = 0; c >= 0 && c < 0x7f; ++c) every += c;
+  every += "\x7f\u00fc\U0001F6D2\\";
+  auto text = JSONSerialization::text(Value(every));
+  EXPECT_TRUE(std::ranges::none_of(text, [](char c) { return c >= 0 && c < ' '; })) << text;
+  EXPECT_NE(text.find(R"(\b\t\n\u000b\f\r\u000e)"), text.npos) << text;
+  EXPECT_EQ(JSONSerialization::parse(text), Value(every));
+}
+
 TEST(JSONSerialization, TheLastOfDuplicateKeysHolds) {
   EXPECT_EQ(JSONSerialization::parse(R"({"a":1,"b":2,"a":3})"), (Dictionary{{"a", 3}, {"b", 2}}));
 }

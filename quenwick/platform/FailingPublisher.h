@@ -1,0 +1,96 @@
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+#include "quenwick/platform/Executor.h"
+
+namespace quenwick::platform {
+
+/// What a publisher calls: `receive` with each value, then `complete` once, with what it failed
+/// with or with null. Calls come one at a time.
+template <class T>
+struct Subscriber {
+  std::function<void(T)> receive;
+  std::function<void(std::exception_ptr failure)> complete;
+};
+
+/// A stream of values that ends, well or with a failure. Every subscription is a run of its own.
+template <class T>
+class FailingPublisher {
+ public:
+  explicit FailingPublisher(std::function<Cancellable(Subscriber<T>)> subscribe)
+      : subscribe_(std::move(subscribe)) {}
+
+  /// A publisher that has failed already; with null, one that ends without a value.
+  static FailingPublisher ended(std::exception_ptr failure) {
+    return FailingPublisher([failure](const Subscriber<T>& subscriber) {
+      subscriber.complete(failure);
+      return Cancellable();
+    });
+  }
+
+  /// Calls the subscriber until the stream has ended or what is returned is destroyed. On which
+  /// thread is told by who offers the publisher; it may be this one, inside `subscribe`.
+  Cancellable subscribe(Subscriber<T> subscriber) const {
+    return subscribe_(std::move(subscriber));
+  }
+
+  /// Each value as `transform` makes it. What `transform` throws ends the stream.
+  template <class Transform>
+  auto map(Transform transform) const {
+    using Mapped = std::invoke_result_t<Transform, T>;
+    return FailingPublisher<Mapped>([subscribe = subscribe_,
+                                     transform](Subscriber<Mapped> subscriber) {
+      auto mapped = std::make_shared<Mapper<Mapped, Transform>>(transform, std::move(subscriber));
+      return subscribe(Subscriber<T>{
+          .receive = [mapped](T value) { mapped->receive(std::move(value)); },
+          .complete = [mapped](std::exception_ptr failure) { mapped->complete(failure); }});
+    });
+  }
+
+  /// Its failure as `transform` makes it.
+  FailingPublisher mapError(std::function<std::exception_ptr(std::exception_ptr)> transform) const {
+    return FailingPublisher([subscribe = subscribe_, transform](Subscriber<T> subscriber) {
+      subscriber.complete =
+          [transform, complete = std::move(subscriber.complete)](std::exception_ptr failure) {
+            complete(failure ? transform(failure) : nullptr);
+          };
+      return subscribe(std::move(subscriber));
+    });
+  }
+
+ private:
+  template <class Mapped, class Transform>
+  struct Mapper {
+    Mapper(Transform toApply, Subscriber<Mapped> toCall)
+        : transform(std::move(toApply)), subscriber(std::move(toCall)) {}
+
+    void receive(T value) {
+      if (hasEnded) return;
+      std::optional<Mapped> mapped;
+      std::exception_ptr failure;
+      try {
+        mapped = transform(std::move(value));
+      } catch (...) {
+        failure = std::current_exception();
+      }
+      mapped ? subscriber.receive(*std::move(mapped)) : complete(failure);
+    }
+    void complete(std::exception_ptr failure) {
+      if (!std::exchange(hasEnded, true)) subscriber.complete(failure);
+    }
+
+    Transform transform;
+    Subscriber<Mapped> subscriber;
+    bool hasEnded = false;
+  };
+
+  std::function<Cancellable(Subscriber<T>)> subscribe_;
+};
+
+}  // namespace quenwick::platform

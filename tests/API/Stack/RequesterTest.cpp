@@ -1,0 +1,415 @@
+#include "quenwick/API/Stack/Requester.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <fstream>
+#include <thread>
+
+#include "quenwick/API/Stack/APISource.h"
+#include "quenwick/API/Stack/DataContainer.h"
+#include "quenwick/API/Stack/DecodingError.h"
+#include "quenwick/API/Stack/GeneralAPIError.h"
+#include "quenwick/API/Stack/Nothing.h"
+#include "quenwick/API/Stack/RequestConvertible.h"
+#include "quenwick/platform/FatalError.h"
+#include "tests/support/RecordingLog.h"
+#include "tests/support/SandboxService.h"
+
+namespace quenwick {
+namespace {
+
+using platform::Dictionary;
+using platform::List;
+using platform::URL;
+using Lines = std::vector<std::string>;
+using TokenError = AuthenticationTokenManager::TokenError;
+
+constexpr auto kBase = "https://api.example";
+
+struct Point {
+  int x = 0;
+  static constexpr auto fields() { return std::tuple{Field{"x", &Point::x}}; }
+};
+using Answer = DataContainer<Point>;
+
+std::string scenario() {
+  auto deep = std::string(10'000, '[') + std::string(10'000, ']');
+  return R"({"answers": [
+    {"at": "https://api.example/ok", "json": {"data": {"x": 7}}},
+    {"at": "https://api.example//ok", "json": {"data": {"x": 8}}},
+    {"at": "https://api.example/299", "status": 299, "json": {"data": {"x": 9}}},
+    {"at": "https://api.example/twice", "body": "{\"data\":{\"x\":1},\"data\":{\"x\":2,\"x\":3}}"},
+    {"at": "https://api.example/204", "status": 204},
+    {"at": "https://api.example/302", "status": 302, "body": "nowhere"},
+    {"at": "https://api.example/401", "status": 401, "json": {"error": "no token"}},
+    {"at": "https://api.example/403", "status": 403, "json": {"error": "Bad key", "message": "no"}},
+    {"at": "https://api.example/422", "status": 422, "json": {"message": "Bad bundle"}},
+    {"at": "https://api.example/422e", "status": 422, "json": {}},
+    {"at": "https://api.example/422t", "status": 422, "json": {"error": 7}},
+    {"at": "https://api.example/500", "status": 500, "body": "oops\n"},
+    {"at": "https://api.example/500b", "status": 500, "bodyBase64": "//4="},
+    {"at": "https://api.example/503", "status": 503, "body": "busy"},
+    {"at": "https://api.example/cutoff", "body": "{\"data\":"},
+    {"at": "https://api.example/latin", "bodyBase64": "eyJkYXRhIjoi/CJ9"},
+    {"at": "https://api.example/utf16", "bodyBase64": "//57AH0A", "type": "application/json; charset=utf-16"},
+    {"at": "https://api.example/deep", "body": ")" +
+         deep + R"("},
+    {"at": "https://api.example/missing", "json": {}},
+    {"at": "https://api.example/wrong", "json": {"data": {"x": "secret"}}},
+    {"at": "https://api.example/huge", "body": "[1,", "repeatBody": 100000000},
+    {"at": "https://api.example/endless", "body": "[1,", "repeatBody": 1000000000000000, "chunked": true},
+    {"at": "https://api.example/slow", "delay": 60000},
+    {"at": "https://api.example/cut", "cut": "before"},
+    {"at": "https://api.example/half", "cut": "during", "json": {"data": {"x": 7}}}
+  ]})";
+}
+
+class RequesterTest : public testing::Test {
+ protected:
+  std::shared_ptr<Requester> requester(double timeout = 60, const char* base = kBase) {
+    auto manager =
+        APISource::manager({.requestTimeout = timeout, .basis = service_.configuration()});
+    return std::make_shared<Requester>(manager, URL::parse(base).value());
+  }
+
+  static BaseRequest get(std::string path) { return {HTTPMethod::get, std::move(path)}; }
+
+  template <class T = Answer>
+  T run(const BaseRequest& request, double timeout = 60) {
+    return platform::wait(requester(timeout)->requestAPI<T>(request));
+  }
+
+  template <class T = Answer>
+  APIError failure(const BaseRequest& request, double timeout = 60) {
+    try {
+      run<T>(request, timeout);
+    } catch (const APIError& error) {
+      return error;
+    }
+    ADD_FAILURE() << request.path() << " gave an answer";
+    return APIError(APIError::Unknown{});
+  }
+
+  Dictionary onlyRequest() {
+    auto all = platform::JSONSerialization::parse(service_.sandbox().requests());
+    const auto& list = *all.as<Dictionary>()->find("requests")->as<List>();
+    EXPECT_EQ(list.size(), 1U);
+    return *list.at(0).as<Dictionary>();
+  }
+
+  std::shared_ptr<tests::RecordingLog> log_ = tests::RecordingLog::install();
+  tests::SandboxService service_{scenario()};
+};
+
+TEST_F(RequesterTest, SendsTheRequestAsItIsDescribed) {
+  BaseRequest request(HTTPMethod::post, "/ok", Dictionary{{"b", 1.0}, {"a", "ü"}},
+                      {{"X-Own", "7"}});
+  EXPECT_EQ(run(request).value.x, 7);
+  auto sent = onlyRequest();
+  auto text = [&](const char* key) { return *sent.find(key)->as<std::string>(); };
+  EXPECT_EQ(text("method") + " " + text("host") + text("path"), "POST api.example/ok");
+  EXPECT_EQ(text("body"), R"({"b":1.0,"a":"ü"})");
+  const auto& fields = *sent.find("headers")->as<Dictionary>();
+  auto field = [&](const char* name) { return *fields.find(name)->as<std::string>(); };
+  EXPECT_EQ(field("Content-Type"), "application/json");
+  EXPECT_EQ(field("X-Own"), "7");
+  EXPECT_EQ(field("User-Agent"), HTTPHeader::defaultUserAgent().value);
+  EXPECT_EQ(field("Accept-Encoding"), "br;q=1.0, gzip;q=0.9, deflate;q=0.8");
+  EXPECT_TRUE(log_->lines().empty());
+}
+
+TEST_F(RequesterTest, PutsThePathRightBehindTheBase) {
+  EXPECT_EQ(requester()->url(get("/ok"))->absoluteString(), "https://api.example/ok");
+  EXPECT_EQ(requester(60, "https://api.example/")->url(get("/ok"))->absoluteString(),
+            "https://api.example//ok");
+  EXPECT_EQ(requester(60, "https://api.example/v1?")->url(get("ok"))->absoluteString(),
+            "https://api.example/v1?ok");
+  EXPECT_EQ(requester()->url(get("/a b")), std::nullopt);
+  auto doubled = requester(60, "https://api.example/");
+  EXPECT_EQ(platform::wait(doubled->requestAPI<Answer>(get("/ok"))).value.x, 8);
+}
+
+TEST_F(RequesterTest, DecodesWhatSucceeded) {
+  EXPECT_EQ(run(get("/299")).value.x, 9);
+  EXPECT_EQ(run(get("/twice")).value.x, 3);
+  EXPECT_EQ(run<Nothing>(get("/204")), Nothing());
+  EXPECT_EQ(run<Nothing>(get("/cutoff")), Nothing());
+}
+
+TEST_F(RequesterTest, AnErrorStatusIsTheErrorThatTheRequestAsksFor) {
+  struct {
+    const char* path;
+    bool hasHandlers;
+    const char* text;
+  } const kRows[] = {
+      {"/403", true, "403 - Bad key"},
+      {"/422", true, "422 - Bad bundle"},
+      {"/422e", true, "422 - Unknown error occurred"},
+      {"/422t", true, "422\n{\"error\":7}"},
+      {"/503", true, "There was a network connection error. Please try again later."},
+      {"/500", true, "500\noops\n"},
+      {"/500b", true, "500\n2 bytes"},
+      {"/302", true, "302\nnowhere"},
+      {"/403", false, "403\n{\"error\":\"Bad key\",\"message\":\"no\"}"},
+      {"/503", false, "503\nbusy"},
+  };
+  for (const auto& row : kRows) {
+    auto request = get(row.path);
+    if (row.hasHandlers) {
+      for (int status : {401, 403, 422}) request.addExceptionHandler<GeneralAPIError>(status);
+      request.addNetworkErrorExceptionHandler(503);
+    }
+    EXPECT_EQ(failure(request).errorDescription(), row.text) << row.path;
+  }
+  EXPECT_TRUE(log_->lines().empty()) << "these are the caller's to log";
+}
+
+TEST_F(RequesterTest, AStatusInRangeMayHaveAHandlerToo) {
+  auto request = get("/ok");
+  request.addNetworkErrorExceptionHandler(200);
+  EXPECT_EQ(failure(request).errorDescription(),
+            "There was a network connection error. Please try again later.");
+}
+
+TEST_F(RequesterTest, Status401AsksForAnotherTokenWhateverTheHandlers) {
+  auto request = get("/401");
+  request.addExceptionHandler<GeneralAPIError>(401);
+  EXPECT_THROW(run(request), TokenError);
+}
+
+TEST_F(RequesterTest, ABodyThatDoesNotDecodeIsTheDecodersError) {
+  struct {
+    const char* path;
+    const char* text;
+  } const kRows[] = {
+      {"/missing", R"(The value of "data" is missing where an object is expected.)"},
+      {"/wrong", R"(The value of "data.x" is a text where a whole number is expected.)"},
+      {"/204", "the text is not JSON: incomplete JSON"},
+      {"/cutoff", "the text is not JSON: incomplete JSON"},
+      {"/latin", "the text is not JSON: syntax error"},
+      {"/utf16", "the text is not JSON: syntax error"},
+      {"/deep", "the text is not JSON: too deep"},
+  };
+  for (const auto& row : kRows) {
+    auto error = failure(get(row.path));
+    EXPECT_TRUE(std::holds_alternative<APIError::DecodeFailed>(error.kind())) << row.path;
+    EXPECT_TRUE(error.errorDescription().starts_with(row.text))
+        << row.path << ": " << error.errorDescription();
+  }
+  EXPECT_TRUE(dynamic_cast<const DecodingError*>(failure(get("/wrong")).underlyingError().get()));
+}
+
+TEST_F(RequesterTest, AFailedLoadIsLoggedAndKeepsThePlatformsError) {
+  struct {
+    const char* path;
+    double timeout;
+    int code;
+    const char* text;
+  } const kRows[] = {
+      {"/cut", 60, platform::URLErrorCode::networkConnectionLost,
+       "The connection to the server was lost."},
+      {"/half", 60, platform::URLErrorCode::networkConnectionLost,
+       "The connection to the server was lost."},
+      {"/slow", 0.05, platform::URLErrorCode::timedOut, "The request timed out."},
+  };
+  Lines expected;
+  for (const auto& row : kRows) {
+    auto error = failure(get(row.path), row.timeout);
+    auto text = std::string("URLSessionTask failed with error: ") + row.text;
+    EXPECT_EQ(error.errorDescription(), text);
+    const auto* inner = dynamic_cast<const platform::PlatformError*>(error.underlyingError().get());
+    ASSERT_TRUE(inner);
+    EXPECT_EQ(inner->code(), row.code);
+    EXPECT_EQ(inner->userInfo().at(std::string(platform::NSURLErrorFailingURLStringErrorKey)),
+              kBase + std::string(row.path));
+    expected.push_back("error: " + text);
+    EXPECT_EQ(log_->lines(), expected);
+  }
+}
+
+long peakKilobytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+TEST_F(RequesterTest, ABodyWithoutEndEndsInAnErrorWithinBoundedMemory) {
+  run(get("/ok"));
+  auto before = peakKilobytes();
+  for (auto path : {"/huge", "/endless"}) {
+    EXPECT_EQ(failure(get(path)).errorDescription(),
+              "URLSessionTask failed with error: The answer is longer than allowed.");
+  }
+  EXPECT_LT(peakKilobytes() - before, 64L << 10);
+
+  auto configuration = service_.configuration();
+  configuration.maximumBodySize = 5;
+  Requester small(APISource::manager({.basis = configuration}), URL::parse(kBase).value());
+  EXPECT_THROW(platform::wait(small.requestAPI<Answer>(get("/ok"))), APIError);
+}
+
+TEST_F(RequesterTest, ARequestThatCannotBeBuiltIsLoggedAndNotSent) {
+  BaseRequest noText(HTTPMethod::post, "/ok", Dictionary{{"a", "\xff"}});
+  struct {
+    const BaseRequest& request;
+    const char* text;
+  } const kRows[] = {
+      {noText, "JSON could not be encoded because of error:\na text is not UTF-8"},
+      {get("/a b"), "URL is not valid: https://api.example/a b"},
+  };
+  Lines expected;
+  for (const auto& row : kRows) {
+    EXPECT_EQ(failure(row.request).errorDescription(), row.text);
+    expected.push_back("error: " + std::string(row.text));
+    EXPECT_EQ(log_->lines(), expected);
+  }
+  EXPECT_TRUE(service_.received().empty());
+}
+
+TEST_F(RequesterTest, WithoutASessionThereIsNoOutput) {
+  Requester bare(std::make_shared<APISessionManager>(std::shared_ptr<platform::URLSession>()),
+                 URL::parse(kBase).value());
+  EXPECT_THROW(platform::wait(bare.requestAPI<Nothing>(get("/ok"))), MissingOutputError);
+  EXPECT_EQ(bare.subscriptions().count(), 0U);
+}
+
+platform::Task<void> note(platform::Task<Nothing> task, std::shared_ptr<std::string> outcome) {
+  try {
+    co_await task;
+    *outcome = "answered";
+  } catch (const APIError& error) {
+    *outcome = error.errorDescription();
+  }
+}
+
+TEST_F(RequesterTest, AStoppedRequestEndsAtOnceAndARunningOneOutlivesItsRequester) {
+  std::stop_source stop;
+  auto outcome = std::make_shared<std::string>();
+  auto slow = requester();
+  auto task = slow->requestAPI<Nothing>(get("/slow"), stop.get_token());
+  auto handle = platform::startTask(note(std::move(task), outcome), stop);
+  while (service_.received().empty()) std::this_thread::yield();
+  EXPECT_EQ(slow->subscriptions().count(), 1U);
+  slow.reset();
+  EXPECT_FALSE(handle.waitFor(std::chrono::milliseconds(20)));
+  handle.cancel();
+  ASSERT_TRUE(handle.waitFor(std::chrono::seconds(20)));
+  EXPECT_EQ(*outcome, "URLSessionTask failed with error: The load was cancelled.");
+}
+
+TEST_F(RequesterTest, APublisherSendsOncePerSubscriberAndNotAfterItsEnd) {
+  auto sender = requester();
+  auto publisher = sender->publisher<Answer>(get("/ok"));
+  EXPECT_TRUE(service_.received().empty());
+  auto subscriptions = std::make_shared<Subscriptions>();
+  EXPECT_EQ(platform::wait(firstValue(publisher, subscriptions)).value.x, 7);
+  EXPECT_EQ(platform::wait(firstValue(publisher, subscriptions)).value.x, 7);
+  EXPECT_EQ(service_.received().size(), 2U);
+  EXPECT_EQ(subscriptions->count(), 0U);
+
+  std::atomic<int> calls = 0;
+  {
+    auto subscription =
+        sender->publisher<Nothing>(get("/slow"))
+            .subscribe({[&](Nothing) { ++calls; }, [&](const std::exception_ptr&) { ++calls; }});
+    while (service_.received().size() < 3) std::this_thread::yield();
+  }
+  run(get("/ok"));  // the loading thread has dealt with the end by then
+  EXPECT_EQ(calls, 0);
+}
+
+TEST_F(RequesterTest, ManyRequestsAtOnceEachGetTheirAnswer) {
+  auto shared = requester();
+  std::atomic<int> right = 0;
+  auto ask = [](std::shared_ptr<Requester> sender,
+                std::atomic<int>* count) -> platform::Task<void> {
+    auto answer = co_await sender->requestAPI<Answer>(BaseRequest(HTTPMethod::get, "/ok"));
+    if (answer.value.x == 7) ++*count;
+  };
+  std::vector<platform::TaskHandle> handles;
+  for (int i = 0; i < 50; ++i) handles.push_back(platform::startTask(ask(shared, &right)));
+  for (const auto& handle : handles) handle.wait();
+  EXPECT_EQ(right, 50);
+  EXPECT_EQ(shared->subscriptions().count(), 0U);
+}
+
+TEST_F(RequesterTest, TheTokenStepWithoutATokenManagerStopsTheProgram) {
+  platform::observeFatalErrors(
+      [](std::string_view message) { throw std::runtime_error(std::string(message)); });
+  auto request = std::make_shared<BaseRequest>(get("/ok"));
+  try {
+    platform::wait(requester()->compose(APIComposition{request}, APIComposerValue::token));
+    ADD_FAILURE() << "the program goes on";
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(),
+                 "Requester as asked to compose a token, but does not contain a manager");
+  }
+  platform::observeFatalErrors(nullptr);
+  EXPECT_NO_THROW(platform::wait(requester()->compose(APIComposition{request})));
+}
+
+TEST_F(RequesterTest, ADownloadIsKeptWholeAndForTheUserAlone) {
+  auto sender = requester();
+  auto request = get("/ok");
+  request.setParameters(Dictionary{{"api_key", "s3cret"}});
+  request.setEncodeType(EncodingType::urlEncoding);
+  auto file = platform::wait(sender->download(request));
+  EXPECT_EQ(file, sender->cachePath(request));
+  EXPECT_EQ(file.string().find("s3cret"), std::string::npos);
+  std::string kept;
+  std::getline(std::ifstream(file), kept);
+  EXPECT_EQ(kept, R"({"data":{"x":7}})");
+  struct stat status{};
+  ASSERT_EQ(stat(file.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600U);
+
+  request.setParameters(Dictionary{{"api_key", "other"}});
+  EXPECT_NE(sender->cachePath(request), file);
+  EXPECT_NE(sender->cachePath(get("/ok")), file);
+
+  auto halved = get("/half");
+  std::ofstream(sender->cachePath(halved)) << "earlier";
+  EXPECT_THROW(platform::wait(sender->download(halved)), APIError);
+  std::getline(std::ifstream(sender->cachePath(halved)), kept);
+  EXPECT_EQ(kept, "earlier");
+  EXPECT_THROW(platform::wait(sender->download(get("/a b"))), APIError);
+}
+
+TEST(RequestConvertibleTest, TakesADictionaryOrForJSONAList) {
+  using Reason = APIError::ParameterEncodingFailureReason;
+  auto body = [](platform::Value parameters, ParameterEncoding encoding) {
+    return RequestConvertible({.url = kBase,
+                               .method = HTTPMethod::post,
+                               .parameters = std::move(parameters),
+                               .encoding = encoding})
+        .asURLRequest()
+        .httpBody;
+  };
+  EXPECT_EQ(body(Dictionary{{"a", 1}}, URLEncoding()), "a=1");
+  EXPECT_EQ(body(List{1, 2}, JSONEncoding()), "[1,2]");
+  for (const auto& [parameters, encoding] :
+       std::vector<std::pair<platform::Value, ParameterEncoding>>{
+           {List{1}, URLEncoding()}, {"text", JSONEncoding()}, {nullptr, JSONEncoding()}}) {
+    try {
+      body(parameters, encoding);
+      ADD_FAILURE();
+    } catch (const APIError& error) {
+      const auto* failed = std::get_if<APIError::ParameterEncodingFailed>(&error.kind());
+      EXPECT_TRUE(failed &&
+                  std::holds_alternative<Reason::CustomEncodingFailed>(failed->reason.kind));
+    }
+  }
+}
+
+TEST(RequestConvertibleTest, WithoutParametersThereIsNoBody) {
+  auto request = ParameterlessRequestConvertible(kBase, HTTPMethod::post, HTTPHeaders{{"A", "b"}})
+                     .asURLRequest();
+  EXPECT_EQ(request.httpBody, std::nullopt);
+  EXPECT_EQ(request.headerFields, (platform::HeaderFields{{"A", "b"}}));
+  EXPECT_EQ(ParameterlessRequestConvertible("a b", HTTPMethod::get).urlRequest(), std::nullopt);
+}
+
+}  // namespace
+}  // namespace quenwick
