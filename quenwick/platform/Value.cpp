@@ -1,6 +1,7 @@
 #include "quenwick/platform/Value.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quenwick::platform {
 
@@ -34,6 +35,10 @@ Dictionary Dictionary::ofUnique(std::vector<Entry> entries) {
 const Value* Dictionary::find(std::string_view key) const {
   auto found = std::ranges::find(entries_, key, &Entry::key);
   return found == entries_.end() ? nullptr : &found->value;
+}
+
+Value* Dictionary::find(std::string_view key) {
+  return const_cast<Value*>(std::as_const(*this).find(key));
 }
 
 void Dictionary::set(std::string key, Value value) {

@@ -37,6 +37,7 @@ class Dictionary {
 
   /// The value under the key, or null where there is none.
   const Value* find(std::string_view key) const;
+  Value* find(std::string_view key);
 
   /// Sets the value under the key, in its old place where the key is there already.
   void set(std::string key, Value value);
@@ -81,6 +82,10 @@ class Value {
   /// The value as the kind asked for, or null where it is of another kind.
   template <class Kind>
   const Kind* as() const {
+    return std::get_if<Kind>(&storage_);
+  }
+  template <class Kind>
+  Kind* as() {
     return std::get_if<Kind>(&storage_);
   }
 

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quenwick/API/Models/OrderCompletedProduct.h"
+
+namespace quenwick {
+
+/// A completed order.
+struct OrderCompletedProperties {
+  std::optional<std::string> id = {};
+  std::optional<Price> revenue = {};
+  std::vector<OrderCompletedProduct> products = {};
+
+  /// Reads the fields by their names; "id" and "revenue" may be text or numbers. A field of a wrong
+  /// kind is left out, and so is, with its own error line, a product without an id. None, with an
+  /// error line, where no product is left.
+  static std::optional<OrderCompletedProperties> from(platform::Dictionary dictionary);
+
+  /// The fields under their names, those that are none left out. None, with one error line, for
+  /// what JSON cannot hold and for more than 1 MiB.
+  std::optional<platform::Dictionary> asDictionary() const&;
+  std::optional<platform::Dictionary> asDictionary() &&;
+
+  friend bool operator==(const OrderCompletedProperties&,
+                         const OrderCompletedProperties&) = default;
+};
+
+}  // namespace quenwick

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "quenwick/platform/URL.h"
+#include "quenwick/platform/Value.h"
+
+namespace quenwick {
+
+/// A category of products.
+struct ProductCategory {
+  std::string id;
+  std::optional<std::string> title = {};
+  std::optional<platform::URL> url = {};
+
+  /// Reads "id" (text or integer), "title" and "url"; a field of a wrong kind is left out. None,
+  /// with one error line, where there is no id.
+  static std::optional<ProductCategory> from(platform::Dictionary dictionary);
+
+  /// The fields under their names, those that are none left out. None, with one error line, for
+  /// what JSON cannot hold.
+  std::optional<platform::Dictionary> asDictionary() const&;
+  std::optional<platform::Dictionary> asDictionary() &&;
+
+  friend bool operator==(const ProductCategory&, const ProductCategory&) = default;
+};
+
+}  // namespace quenwick

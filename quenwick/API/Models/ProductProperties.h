@@ -1,0 +1,37 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quenwick/API/Models/Price.h"
+#include "quenwick/API/Models/ProductCategory.h"
+
+namespace quenwick {
+
+/// A product that was viewed, added or removed:
+///
+///     ProductProperties{.id = "42", .title = "Boots", .price = 89.9}
+struct ProductProperties {
+  std::string id;
+  std::optional<std::string> title = {};
+  std::optional<Price> price = {};
+  std::optional<platform::URL> url = {};
+  std::optional<std::vector<ProductCategory>> categories = {};
+  /// Whatever else the host has to say of the product.
+  std::optional<platform::Dictionary> meta = {};
+
+  /// Reads the fields by their names; "id" and "price" may be text or numbers. A field of a wrong
+  /// kind is left out, and so is, with its own error line, a category without an id. None, with
+  /// one error line, where there is no id.
+  static std::optional<ProductProperties> from(platform::Dictionary dictionary);
+
+  /// The fields under their names, those that are none left out; "meta" is always there. None, with
+  /// one error line, for what JSON cannot hold and for more than 1 MiB.
+  std::optional<platform::Dictionary> asDictionary() const&;
+  std::optional<platform::Dictionary> asDictionary() &&;
+
+  friend bool operator==(const ProductProperties&, const ProductProperties&) = default;
+};
+
+}  // namespace quenwick

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "quenwick/platform/URL.h"
+#include "quenwick/platform/Value.h"
+
+namespace quenwick {
+
+/// A search for products.
+struct ProductSearchedProperties {
+  std::string query;
+  std::optional<platform::URL> url = {};
+
+  /// Reads "query" (text) and "url", which is left out where it is of a wrong kind. None, with one
+  /// error line, where there is no query.
+  static std::optional<ProductSearchedProperties> from(platform::Dictionary dictionary);
+
+  /// The fields under their names, those that are none left out. None, with one error line, for
+  /// what JSON cannot hold.
+  std::optional<platform::Dictionary> asDictionary() const&;
+  std::optional<platform::Dictionary> asDictionary() &&;
+
+  friend bool operator==(const ProductSearchedProperties&,
+                         const ProductSearchedProperties&) = default;
+};
+
+}  // namespace quenwick

@@ -1,0 +1,307 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+#include "quenwick/API/Models/CustomEventContainer.h"
+#include "quenwick/API/Models/IdentifyUserContainer.h"
+#include "quenwick/API/Models/OrderCompletedContainer.h"
+#include "quenwick/API/Models/TrackContainer.h"
+#include "quenwick/platform/JSONSerialization.h"
+#include "quenwick/state/Analytics.h"
+#include "tests/support/ManualClock.h"
+#include "tests/support/RecordingLog.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quenwick {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::Dictionary;
+using platform::JSONSerialization;
+using platform::List;
+using platform::URL;
+using platform::Value;
+
+/// The dictionary as the detour through JSON text gives it back; none where there is no way.
+std::optional<Dictionary> detour(const Dictionary& dictionary) {
+  try {
+    return *JSONSerialization::parse(JSONSerialization::text(dictionary)).as<Dictionary>();
+  } catch (const platform::JSONError&) {
+    return std::nullopt;
+  }
+}
+
+class ContainersTest : public testing::Test {
+ protected:
+  tests::TemporaryDirectory folder_;
+  std::shared_ptr<tests::ManualClock> clock_ =
+      std::make_shared<tests::ManualClock>(platform::Date(1'700'000'000s));
+  platform::UserDefaults& defaults_ =
+      platform::UserDefaults::make(folder_.path() / "preferences.sqlite");
+  Analytics analytics_{defaults_, clock_};
+  std::shared_ptr<tests::RecordingLog> log_ = tests::RecordingLog::install();
+};
+
+const ProductProperties kProduct{
+    .id = "42",
+    .title = "Boots \"à la\" \u2028 mode",
+    .price = 89.9,
+    .url = URL::parse("https://shop.example/p/42?x=%20"),
+    .categories = std::vector<ProductCategory>{{.id = "1", .title = "Shoes"}, {.id = "2"}},
+    .meta = Dictionary{{"type", "mine"}, {"n", -9007199254740993}, {"none", nullptr}}};
+
+constexpr auto kProductJSON = R"({
+  "id": "42", "title": "Boots \"à la\" \u2028 mode", "price": "89.90",
+  "url": "https://shop.example/p/42?x=%20",
+  "categories": [{"id": "1", "title": "Shoes"}, {"id": "2"}],
+  "meta": {"type": "mine", "n": -9007199254740993, "none": null}})";
+
+TEST_F(ContainersTest, EveryKindHasItsWholeJSON) {
+  defaults_.setObject(std::string("anon-1700000000000-4821"), "com.quenwick.sdk.anonymousID");
+  analytics_.setRulesPicKey("deadbeef");
+  OrderCompletedProperties order{
+      .id = "A-1",
+      .revenue = *Decimal::parse("100.10"),
+      .products = {{.id = "42",
+                    .title = "Boots",
+                    .url = URL::parse("/p/42"),
+                    .price = 100,
+                    .quantity = std::numeric_limits<std::int64_t>::max()},
+                   {.id = "43"}}};
+  const std::string product = kProductJSON;
+  struct {
+    std::optional<Dictionary> dictionary;
+    std::string json;
+  } const kEvents[] = {
+      {ProductAddedContainer{kProduct}.asDictionary(),
+       R"({"type": "track", "event": "product_added", "properties": )" + product + "}"},
+      {ProductViewedContainer{kProduct}.asDictionary(),
+       R"({"type": "track", "event": "product_viewed", "properties": )" + product + "}"},
+      {ProductRemovedContainer{{.id = "42"}}.asDictionary(),
+       R"({"type": "track", "event": "product_removed",
+           "properties": {"id": "42", "meta": {}}})"},
+      {ProductSearchedContainer{{.query = "boots", .url = URL::parse("/s?q=boots")}}.asDictionary(),
+       R"({"type": "track", "event": "product_searched",
+           "properties": {"query": "boots", "url": "/s?q=boots"}})"},
+      {CategoryViewedContainer{{.id = "1", .title = "Shoes"}}.asDictionary(),
+       R"({"type": "track", "event": "category_viewed",
+           "properties": {"id": "1", "title": "Shoes"}})"},
+      {OrderCompletedContainer(order, analytics_).asDictionary(),
+       R"({"type": "track", "event": "order_completed",
+           "context": {"campaign": {"rules_pic_key": "deadbeef"}},
+           "properties": {"id": "A-1", "revenue": "100.1", "products": [
+             {"id": "42", "title": "Boots", "url": "/p/42", "price": "100.00",
+              "quantity": 9223372036854775807}, {"id": "43"}]}})"},
+      {CustomEventContainer{"wished", {{"type", "a"}, {"properties", 1}}}.asDictionary(),
+       R"({"type": "custom", "event": "wished", "properties": {"type": "a", "properties": 1}})"},
+      {CustomEventContainer{.event = "waved"}.asDictionary(),
+       R"({"type": "custom", "event": "waved", "properties": {}})"},
+      {IdentifyUserContainer("user-7", analytics_).asDictionary(),
+       R"({"type": "identify", "user_id": "user-7", "anonymous_id": "anon-1700000000000-4821"})"},
+  };
+  for (const auto& [dictionary, json] : kEvents) {
+    ASSERT_TRUE(dictionary) << json;
+    EXPECT_EQ(*dictionary, *JSONSerialization::parse(json).as<Dictionary>())
+        << JSONSerialization::text(*dictionary);
+    EXPECT_EQ(detour(*dictionary), dictionary);
+  }
+  EXPECT_TRUE(log_->lines().empty());
+}
+
+TEST_F(ContainersTest, AnOrderHasTheRulesKeyOfWhenItWasMade) {
+  const OrderCompletedProperties order{.products = {{.id = "42"}}};
+  auto context = [](const OrderCompletedContainer& container) {
+    return *container.asDictionary()->find("context");
+  };
+  EXPECT_EQ(context(OrderCompletedContainer(order, analytics_)),
+            (Dictionary{{"campaign", Dictionary{}}}));
+  analytics_.setRulesPicKey("first");
+  OrderCompletedContainer first(order, analytics_);
+  analytics_.setRulesPicKey("second");
+  EXPECT_EQ(context(first), (Dictionary{{"campaign", Dictionary{{"rules_pic_key", "first"}}}}));
+  clock_->advance(5 * 24h);
+  EXPECT_EQ(context(OrderCompletedContainer(order, analytics_)),
+            (Dictionary{{"campaign", Dictionary{}}}));
+}
+
+TEST_F(ContainersTest, IdentifyingMakesAnAnonymousIdentifierForGood) {
+  IdentifyUserContainer made("user-7", analytics_);
+  EXPECT_TRUE(made.anonymousID.starts_with("anon-1700000000000-"));
+  EXPECT_EQ(defaults_.object("com.quenwick.sdk.anonymousID"),
+            platform::DefaultsValue(made.anonymousID));
+  EXPECT_EQ(IdentifyUserContainer("user-8", analytics_).anonymousID, made.anonymousID);
+  EXPECT_EQ(IdentifyUserContainer("user-9").anonymousID, Analytics::shared().anonymousID());
+}
+
+TEST_F(ContainersTest, WhatJSONCannotHoldIsRefusedWithOneLine) {
+  const auto nan = std::nan("");
+  const auto infinity = std::numeric_limits<double>::infinity();
+  const char* missing = nullptr;
+  const std::string huge((1U << 20) + 1, 'x');
+  auto product = [](ProductProperties properties) {
+    return ProductViewedContainer{std::move(properties)}.asDictionary();
+  };
+  auto order = [this](OrderCompletedProperties properties) {
+    return OrderCompletedContainer(std::move(properties), analytics_).asDictionary();
+  };
+  auto custom = [](std::string name, Dictionary properties) {
+    return CustomEventContainer{std::move(name), std::move(properties)}.asDictionary();
+  };
+  auto fromDictionary = [](Dictionary dictionary) {
+    return ProductProperties::from(std::move(dictionary))->asDictionary();
+  };
+  const std::string tooLarge = "it is larger than 1 MiB";
+  const std::string notUTF8 = " holds text that is not UTF-8";
+  const std::string notFinite = " is not a finite number";
+  struct {
+    std::optional<Dictionary> dictionary;
+    std::string reason;
+  } const kRefused[] = {
+      {product({.id = "\xff"}), "id" + notUTF8},
+      {product({.id = "42", .title = "a\xc0\x80"}), "title" + notUTF8},
+      {product({.id = "42", .price = "\xed\xa0\x80"}), "price" + notUTF8},
+      {product({.id = "42", .price = nan}), "price" + notFinite},
+      {product({.id = "42", .price = std::numeric_limits<float>::infinity()}), "price" + notFinite},
+      {product({.id = "42", .price = missing}), "price" + notFinite},
+      {product({.id = "42", .price = huge}), tooLarge},
+      {product({.id = huge}), tooLarge},
+      {product({.id = "42", .categories = std::vector<ProductCategory>{{.id = "1\xfe"}}}),
+       "id" + notUTF8},
+      {product({.id = "42", .meta = Dictionary{{"weight", nan}}}), "weight" + notFinite},
+      {product({.id = "42", .meta = Dictionary{{"sizes", List{1, -infinity}}}}),
+       "sizes" + notFinite},
+      {product({.id = "42", .meta = Dictionary{{"\xff", 1}}}), "meta" + notUTF8},
+      {product({.id = "42", .meta = Dictionary{{std::string(65, 'k'), "\xff"}}}), "meta" + notUTF8},
+      {product({.id = "42", .meta = Dictionary{{huge, 1}}}), tooLarge},
+      {product({.id = "42", .meta = Dictionary{{"k", List(1U << 20, nullptr)}}}), tooLarge},
+      {order({.revenue = nan, .products = {{.id = "42"}}}), "revenue" + notFinite},
+      {order({.products = {{.id = "42"}, {.id = "43", .price = nan}}}), "price" + notFinite},
+      {order({.products = {{.id = "42", .title = "\xff"}}}), "title" + notUTF8},
+      {custom("\xff", {}), "event" + notUTF8},
+      {custom(huge, {}), tooLarge},
+      {custom("waved", {{"at", nan}}), "at" + notFinite},
+      {custom("waved", {{"\xff", 1}}), "properties" + notUTF8},
+      {IdentifyUserContainer("\xff", analytics_).asDictionary(), "user_id" + notUTF8},
+      {ProductSearchedContainer{{.query = "\xff"}}.asDictionary(), "query" + notUTF8},
+      {CategoryViewedContainer{{.id = "1", .title = "\xff"}}.asDictionary(), "title" + notUTF8},
+      {fromDictionary({{"id", "42"}, {"price", nan}}), "price" + notFinite},
+      {fromDictionary({{"id", "42"}, {"title", "\xff"}}), "title" + notUTF8},
+  };
+  std::vector<std::string> expected;
+  for (const auto& [dictionary, reason] : kRefused) {
+    EXPECT_EQ(dictionary, std::nullopt) << reason;
+    expected.push_back("error: Could not log event - " + reason + ".");
+  }
+  EXPECT_EQ(log_->lines(), expected);
+}
+
+TEST_F(ContainersTest, AMebibyteOfTextIsTheLimit) {
+  auto custom = [](std::size_t size) {
+    return CustomEventContainer{"e", {{"k", std::string(size, 'x')}}}.asDictionary();
+  };
+  // Beside it there are the other keys and texts, and two dictionaries.
+  const std::size_t rest = std::string("typecustomeventepropertiesk").size() + 2;
+  EXPECT_TRUE(custom((1U << 20) - rest));
+  EXPECT_FALSE(custom((1U << 20) - rest + 1));
+}
+
+// As many levels as can be written and read back; beyond them there is one line.
+TEST_F(ContainersTest, NestingEndsWhereJSONDoes) {
+  Value nested = 1;
+  Value empty = List{};
+  for (int levels = 1; levels < 530; ++levels) {
+    nested = levels % 2 == 0 ? Value(List{std::move(nested)})
+                             : Value(Dictionary{{"k", std::move(nested)}});
+    if (levels > 1) empty = List{std::move(empty)};
+    if (levels < 500) continue;
+    for (const auto* value : {&nested, &empty}) {
+      Dictionary properties{{"k", *value}};
+      Dictionary whole{{"type", "custom"}, {"event", "e"}, {"properties", properties}};
+      bool isHeld = detour(whole).has_value();
+      EXPECT_EQ(isHeld, levels + 2 <= 512) << levels;
+      auto before = log_->lines().size();
+      EXPECT_EQ((CustomEventContainer{"e", properties}.asDictionary().has_value()), isHeld);
+      EXPECT_EQ(log_->lines().size() - before, isHeld ? 0U : 1U);
+    }
+  }
+  EXPECT_EQ(log_->lines().back(), "error: Could not log event - it is nested too deeply.");
+}
+
+/// Values of every kind, sound and unsound, nested a few levels.
+class RandomValues {
+ public:
+  Value next(int levels = 3) {
+    switch (random_() % (levels > 0 ? 10 : 8)) {
+      case 0:
+        return nullptr;
+      case 1:
+        return random_() % 2 == 0;
+      case 2:
+        return -static_cast<std::int64_t>(random_() >> 1) - 1;
+      case 3:
+        return random_() | (1ULL << 63);  // smaller ones read back as signed
+      case 4:
+        return static_cast<double>(random_() % 2000) / 8 - 100;  // exact in any reader
+      case 5:
+        return isRarely() ? std::nan("") : 0.5;
+      case 6:
+      case 7:
+        return text();
+      case 8: {
+        List list;
+        for (auto size = random_() % 5; size > 0; --size) list.push_back(next(levels - 1));
+        return list;
+      }
+      default:
+        return dictionary(levels - 1);
+    }
+  }
+
+  Dictionary dictionary(int levels) {
+    Dictionary dictionary;
+    for (auto size = random_() % 5; size > 0; --size) dictionary.set(text(), next(levels));
+    return dictionary;
+  }
+
+  std::string text() {
+    static constexpr std::string_view kPieces[] = {
+        "a", "\"", "\\", "\n", "ü", "\u2028", "\U0001f600", "/", "\x7f", "\u0001", "</script>"};
+    std::string text;
+    for (auto size = random_() % 6; size > 0; --size) text += kPieces[random_() % 11];
+    if (random_() % 4 == 0) text += '\0';
+    if (isRarely()) text += "\xc3";
+    return text;
+  }
+
+ private:
+  bool isRarely() { return random_() % 40 == 0; }
+
+  std::mt19937_64 random_{20'240'502};
+};
+
+TEST_F(ContainersTest, ADictionaryIsWhatTheDetourThroughJSONWouldGive) {
+  RandomValues random;
+  int sound = 0;
+  int refused = 0;
+  for (int i = 0; i < 3000; ++i) {
+    ProductProperties product{.id = random.text(), .title = random.text(), .price = random.text()};
+    if (i % 2 == 0) product.meta = random.dictionary(3);
+    Dictionary plain{{"type", "track"},
+                     {"event", "product_added"},
+                     {"properties", Dictionary{{"id", product.id},
+                                               {"title", *product.title},
+                                               {"price", *product.price->text()},
+                                               {"meta", product.meta.value_or(Dictionary{})}}}};
+    auto made = ProductAddedContainer{product}.asDictionary();
+    EXPECT_EQ(made, detour(plain));
+    ++(made ? sound : refused);
+  }
+  EXPECT_GT(sound, 500);
+  EXPECT_GT(refused, 100);
+  EXPECT_EQ(log_->lines().size(), static_cast<std::size_t>(refused));
+}
+
+}  // namespace
+}  // namespace quenwick
