@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "sandbox/ScenarioNode.h"
+#include "sandbox/JSONNode.h"
 #include "sandbox/Text.h"
 
 namespace quenwick::sandbox {
@@ -15,18 +15,18 @@ constexpr std::string_view kPage =
     "<!doctype html><title>The end of the chain</title><p>This is where the link leads.</p>\n";
 
 /// Refuses keys but those that every answer takes and `own`.
-void allowCommonAnd(const ScenarioNode& node, std::string_view own) {
+void allowCommonAnd(const JSONNode& node, std::string_view own) {
   node.allowOnly({own, "status", "type", "headers", "body", "bodyBase64", "json", "repeatBody",
                   "chunked", "delay", "cut"});
 }
 
-void refuseControlBytes(const ScenarioNode& node, std::string_view text) {
+void refuseControlBytes(const JSONNode& node, std::string_view text) {
   const bool isControl = std::ranges::any_of(
       text, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; });
   if (isControl) node.refuse("holds a control character");
 }
 
-void readHeaders(const ScenarioNode& node, Answer& answer) {
+void readHeaders(const JSONNode& node, Answer& answer) {
   for (const auto& [name, value] : node.members()) {
     refuseControlBytes(value, name);
     refuseControlBytes(value, value.text());
@@ -38,8 +38,8 @@ void readHeaders(const ScenarioNode& node, Answer& answer) {
 }
 
 /// Reads the one key that holds a body; none if there is no such key.
-std::optional<std::string> readBody(const ScenarioNode& node) {
-  std::optional<ScenarioNode> body;
+std::optional<std::string> readBody(const JSONNode& node) {
+  std::optional<JSONNode> body;
   for (const std::string_view key : {"body", "bodyBase64", "json"}) {
     const auto member = node.member(key);
     if (body && member) member->refuse("there is another body beside it");
@@ -53,7 +53,7 @@ std::optional<std::string> readBody(const ScenarioNode& node) {
   return bytes;
 }
 
-Cut readCut(const ScenarioNode& node) {
+Cut readCut(const JSONNode& node) {
   const std::string cut = node.text();
   if (cut == "before") return Cut::before;
   if (cut == "during") return Cut::during;
@@ -61,7 +61,7 @@ Cut readCut(const ScenarioNode& node) {
 }
 
 /// Reads what every kind of answer takes, over what `answer` has by default.
-Answer readCommon(const ScenarioNode& node, Answer answer) {
+Answer readCommon(const JSONNode& node, Answer answer) {
   if (const auto status = node.member("status")) {
     answer.status = static_cast<int>(status->number(200, 599));
   }
@@ -87,25 +87,25 @@ Answer readCommon(const ScenarioNode& node, Answer answer) {
 
 }  // namespace
 
-Answer readHop(const ScenarioNode& node) {
+Answer readHop(const JSONNode& node) {
   allowCommonAnd(node, "to");
   Answer answer = readCommon(node, {.status = 302});
   if (std::ranges::find(kRedirects, answer.status) == kRedirects.end()) {
     node.requiredMember("status").refuse("must be 301, 302, 303, 307 or 308 in a chain");
   }
-  const ScenarioNode target = node.requiredMember("to");
+  const JSONNode target = node.requiredMember("to");
   refuseControlBytes(target, target.text());
   answer.headers.emplace_back("Location", target.text());
   return answer;
 }
 
-Answer readEnd(const ScenarioNode& node) {
+Answer readEnd(const JSONNode& node) {
   allowCommonAnd(node, {});
   return readCommon(node, defaultEnd());
 }
 
-Answer readAnswer(const ScenarioNode& node) {
-  allowCommonAnd(node, "at");
+Answer readAnswer(const JSONNode& node, std::string_view ownKey) {
+  allowCommonAnd(node, ownKey);
   return readCommon(node, {});
 }
 

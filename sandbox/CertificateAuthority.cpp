@@ -2,8 +2,8 @@
 
 #include <chrono>
 
-#include "sandbox/CertificateFiles.h"
 #include "sandbox/Scenario.h"
+#include "sandbox/StateFolder.h"
 
 namespace quenwick::sandbox {
 namespace {
@@ -24,16 +24,14 @@ CertificateTerms terms(std::vector<std::string> hosts, days from, days to) {
 
 }  // namespace
 
-CertificateAuthority CertificateAuthority::inFolder(const std::filesystem::path& folder) {
-  makePrivateFolder(folder);
-  const FolderLock lock(folder);
-  const auto file = std::filesystem::absolute(folder / "ca.pem");
-  Certificate own = readCertificate(file, folder / "ca-key.pem");
+CertificateAuthority CertificateAuthority::inFolder(const std::filesystem::path& path) {
+  const StateFolder folder(path);
+  Certificate own = folder.readAuthority();
   if (!own.isUsable()) {
     own = makeAuthority();
-    writeCertificate(own, file, folder / "ca-key.pem");
+    folder.writeAuthority(own);
   }
-  return CertificateAuthority(std::move(own), file);
+  return CertificateAuthority(std::move(own), folder.authorityFile());
 }
 
 CertificateAuthority CertificateAuthority::temporary() {

@@ -15,7 +15,7 @@ class CertificateAuthority {
  public:
   /// The authority kept in a folder (0700; its key 0600), made anew when there is none or it has
   /// run out. Several processes may call this at once. Throws `std::runtime_error`.
-  static CertificateAuthority inFolder(const std::filesystem::path& folder);
+  static CertificateAuthority inFolder(const std::filesystem::path& path);
 
   /// An authority that nobody trusts, kept nowhere.
   static CertificateAuthority temporary();

@@ -61,12 +61,13 @@ CommandLine parseCommandLine(std::span<char* const> arguments) {
 
 std::string_view helpText() {
   return R"(Usage: quenwick-sandbox [options]
-Serves tracking links, and faults on demand, on 127.0.0.1 over HTTPS and HTTP.
+Serves tracking links, verification and events, and faults on demand, on 127.0.0.1 over HTTPS
+and HTTP.
 
   --port N         HTTPS port (default 8443; 0 takes a free one)
   --http-port N    HTTP port (default 0)
   --scenario FILE  what to serve, as JSON (default: a built-in scenario)
-  --state DIR      folder of the certificate authority
+  --state DIR      folder of what is kept: the certificate authority, a secret
                    (default: quenwick-sandbox in $XDG_DATA_HOME or ~/.local/share)
   --print-ca       print the path of the authority's certificate and exit
   --help           print this text and exit

@@ -104,6 +104,14 @@ constexpr std::string_view kDefaultScenario = R"({
      "body": "a redirect that leads nowhere\n"}
   ],
 
+  "behavior": {
+    "service": "https://api.shop.example",
+    "endpoint": "https://events.shop.example/v1/events",
+    "keys": [
+      {"key": "demo-key"},
+      {"key": "shop-key", "bundleIdentifiers": ["com.example.shop"]}]
+  },
+
   "certificates": {
     "expired.shop.example": "expired",
     "wrong-host.shop.example": "wrong-host",

@@ -11,9 +11,6 @@ namespace json = boost::json;
 namespace quenwick::sandbox {
 namespace {
 
-constexpr std::size_t kMostRequests = 100'000;
-constexpr std::size_t kMostBytes = 256U << 20U;
-
 json::object headersOf(const RequestHead& head) {
   json::object headers;
   for (const auto& [name, value] : head.headers) {
@@ -42,36 +39,13 @@ json::object record(const Request& request) {
 
 }  // namespace
 
-std::size_t Recorder::size(const Request& request) {
-  return sizeof(Request) + request.head.size() + request.body.size();
-}
-
-void Recorder::add(Request request) {
-  auto kept = std::make_shared<const Request>(std::move(request));
-  std::shared_ptr<const Request> dropped;
-  const std::lock_guard lock(mutex_);
-  bytes_ += size(*kept);
-  requests_.push_back(std::move(kept));
-  while (requests_.size() > kMostRequests || (bytes_ > kMostBytes && requests_.size() > 1)) {
-    dropped = std::move(requests_.front());
-    bytes_ -= size(*dropped);
-    requests_.pop_front();
-  }
-}
-
-void Recorder::forget() {
-  std::deque<std::shared_ptr<const Request>> dropped;
-  const std::lock_guard lock(mutex_);
-  dropped.swap(requests_);
-  bytes_ = 0;
+void Recorder::add(std::shared_ptr<const Request> request) {
+  const std::size_t bytes = sizeof(Request) + request->head.size() + request->body.size();
+  requests_.add(std::move(request), bytes);
 }
 
 std::string Recorder::json() const {
-  std::deque<std::shared_ptr<const Request>> requests;
-  {
-    const std::lock_guard lock(mutex_);
-    requests = requests_;
-  }
+  const auto requests = requests_.entries();
   std::string text = R"({"requests":[)";
   for (const auto& request : requests) {
     if (request != requests.front()) text += ',';

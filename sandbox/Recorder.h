@@ -1,10 +1,10 @@
 #pragma once
 
 #include <chrono>
-#include <deque>
 #include <memory>
-#include <mutex>
 #include <string>
+
+#include "sandbox/BoundedLog.h"
 
 namespace quenwick::sandbox {
 
@@ -16,21 +16,17 @@ struct Request {
   std::chrono::system_clock::time_point receivedAt;
 };
 
-/// Keeps the last requests: at most 100,000, and less if they are large.
+/// Keeps the last requests.
 class Recorder {
  public:
-  void add(Request request);
-  void forget();
+  void add(std::shared_ptr<const Request> request);
+  void forget() { requests_.forget(); }
 
   /// {"requests":[...]} in the order received.
   std::string json() const;
 
  private:
-  static std::size_t size(const Request& request);
-
-  mutable std::mutex mutex_;
-  std::deque<std::shared_ptr<const Request>> requests_;
-  std::size_t bytes_ = 0;
+  BoundedLog<Request> requests_;
 };
 
 }  // namespace quenwick::sandbox

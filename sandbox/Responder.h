@@ -13,7 +13,7 @@ struct Answer;
 struct RequestHead;
 struct Service;
 
-/// Answers requests as the service's scenario says, and the queries about what was received.
+/// Answers requests as the service's scenario says, and queries about the sandbox itself.
 /// Used by all connections at once.
 class Responder {
  public:
@@ -23,7 +23,7 @@ class Responder {
   void respond(Connection& connection, const std::string& body, httplib::Response& response);
 
  private:
-  void respondToQuery(const RequestHead& head, httplib::Response& response);
+  void answerWith(const Answer& answer, Connection& connection, httplib::Response& response);
   void send(const Answer& answer, Connection& connection, httplib::Response& response);
 
   Service& service_;

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "sandbox/CertificateAuthority.h"
+#include "sandbox/JSONNode.h"
 #include "sandbox/Server.h"
 #include "sandbox/Service.h"
 #include "sandbox/TLSContext.h"
@@ -12,15 +13,16 @@ namespace quenwick::sandbox {
 
 struct Sandbox::Parts {
   explicit Parts(const Options& options)
-      : service(options.scenario.empty() ? defaultScenario() : options.scenario),
-        authority(
-            CertificateAuthority::inFolder(options.state.empty() ? defaultState() : options.state)),
+      : folder(options.state.empty() ? defaultState() : options.state),
+        service(options.scenario.empty() ? defaultScenario() : options.scenario, folder),
+        authority(CertificateAuthority::inFolder(folder)),
         context(authority, service.scenario),
         https(options.port, context.handle(), service),
         http(options.httpPort, nullptr, service) {}
 
   ~Parts() { service.pause.end(); }
 
+  const std::filesystem::path folder;
   Service service;
   CertificateAuthority authority;
   TLSContext context;
@@ -48,6 +50,39 @@ std::vector<std::string> Sandbox::links() const { return parts_->service.scenari
 std::string Sandbox::requests() const { return parts_->service.recorder.json(); }
 
 void Sandbox::forgetRequests() { parts_->service.recorder.forget(); }
+
+std::string Sandbox::service() const {
+  const auto& terms = parts_->service.scenario.behavior();
+  return terms ? terms->service : std::string();
+}
+
+std::vector<std::string> Sandbox::keys() const {
+  const auto& terms = parts_->service.scenario.behavior();
+  return terms ? terms->keyTexts() : std::vector<std::string>();
+}
+
+std::string Sandbox::events() const {
+  const auto& behavior = parts_->service.behavior;
+  return behavior ? behavior->journal().events() : R"({"events":[]})";
+}
+
+std::string Sandbox::refusals() const {
+  const auto& behavior = parts_->service.behavior;
+  return behavior ? behavior->journal().refusals() : R"({"refusals":[]})";
+}
+
+void Sandbox::forgetEvents() {
+  if (parts_->service.behavior) parts_->service.behavior->journal().forget();
+}
+
+void Sandbox::setFaults(BehaviorPart part, std::string_view faults) {
+  if (!parts_->service.behavior) throw ScenarioError("behavior: is missing");
+  try {
+    parts_->service.behavior->setFaults(part, faults);
+  } catch (const JSONError& error) {
+    throw ScenarioError(error.what());
+  }
+}
 
 std::filesystem::path Sandbox::defaultState() {
   const char* data = std::getenv("XDG_DATA_HOME");

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "sandbox/BehaviorPart.h"
 #include "sandbox/ScenarioError.h"
 
 namespace quenwick::sandbox {
@@ -51,6 +52,21 @@ class Sandbox {
   /// The last requests received, at most 100,000, as {"requests":[...]} in the order received.
   std::string requests() const;
   void forgetRequests();
+
+  /// The base URL of the verification handshake, as the scenario spells it, and the API keys that
+  /// it accepts; empty if the scenario says nothing of behaviour.
+  std::string service() const;
+  std::vector<std::string> keys() const;
+
+  /// The last events accepted, and the last requests refused, as {"events":[...]} and
+  /// {"refusals":[...]} in the order received; `forgetEvents` forgets both.
+  std::string events() const;
+  std::string refusals() const;
+  void forgetEvents();
+
+  /// What the next right requests get in place of the right answer, as in a scenario's "faults";
+  /// an empty list ends it. Throws `ScenarioError`.
+  void setFaults(BehaviorPart part, std::string_view faults);
 
   static std::string_view defaultScenario();
 

@@ -3,39 +3,48 @@
 #include <boost/json.hpp>
 
 #include "sandbox/AnswerReader.h"
-#include "sandbox/ScenarioNode.h"
+#include "sandbox/JSONNode.h"
+#include "sandbox/ScenarioError.h"
 
 namespace quenwick::sandbox {
 namespace {
 
-std::vector<ScenarioNode> elementsOf(const ScenarioNode& node, std::string_view key) {
+std::vector<JSONNode> elementsOf(const JSONNode& node, std::string_view key) {
   const auto list = node.member(key);
-  return list ? list->elements() : std::vector<ScenarioNode>();
+  return list ? list->elements() : std::vector<JSONNode>();
 }
 
 }  // namespace
 
 Scenario::Scenario(std::string_view text) {
-  const boost::json::value value = parseScenarioText(text);
-  const ScenarioNode root(value, "");
-  root.allowOnly({"links", "answers", "certificates"});
-  for (const ScenarioNode& link : elementsOf(root, "links")) readLink(link);
-  for (const ScenarioNode& answer : elementsOf(root, "answers")) readSingleAnswer(answer);
+  try {
+    const boost::json::value value = parseJSON(text);
+    read(JSONNode(value, "scenario"));
+  } catch (const JSONError& error) {
+    throw ScenarioError(error.what());
+  }
+}
+
+void Scenario::read(const JSONNode& root) {
+  root.allowOnly({"links", "answers", "certificates", "behavior"});
+  for (const JSONNode& link : elementsOf(root, "links")) readLink(link);
+  for (const JSONNode& answer : elementsOf(root, "answers")) readSingleAnswer(answer);
   addDefaultEnds();
   if (const auto certificates = root.member("certificates")) {
     for (const auto& [host, fault] : certificates->members()) readCertificate(host, fault);
   }
+  if (const auto behavior = root.member("behavior")) readBehavior(*behavior);
 }
 
-void Scenario::readLink(const ScenarioNode& node) {
+void Scenario::readLink(const JSONNode& node) {
   node.allowOnly({"link", "chain", "end"});
-  const ScenarioNode link = node.requiredMember("link");
+  const JSONNode link = node.requiredMember("link");
   Address place = readPlace(link);
   links_.push_back(link.text());
-  for (const ScenarioNode& hop : elementsOf(node, "chain")) {
+  for (const JSONNode& hop : elementsOf(node, "chain")) {
     if (!place.isServed()) hop.refuse("follows a target that no server answers");
     add(hop, place, readHop(hop));
-    const ScenarioNode target = hop.requiredMember("to");
+    const JSONNode target = hop.requiredMember("to");
     const auto next = resolve(place, target.text());
     if (!next) target.refuse("names no host");
     place = *next;
@@ -49,11 +58,11 @@ void Scenario::readLink(const ScenarioNode& node) {
     openEnds_.push_back(place);
 }
 
-void Scenario::readSingleAnswer(const ScenarioNode& node) {
-  add(node, readPlace(node.requiredMember("at")), readAnswer(node));
+void Scenario::readSingleAnswer(const JSONNode& node) {
+  add(node, readPlace(node.requiredMember("at")), readAnswer(node, "at"));
 }
 
-void Scenario::readCertificate(const std::string& host, const ScenarioNode& node) {
+void Scenario::readCertificate(const std::string& host, const JSONNode& node) {
   static const std::map<std::string, CertificateFault, std::less<>> faults = {
       {"wrong-host", CertificateFault::wrongHost},
       {"expired", CertificateFault::expired},
@@ -69,7 +78,16 @@ void Scenario::readCertificate(const std::string& host, const ScenarioNode& node
   certificates_[address->host] = fault->second;
 }
 
-Address Scenario::readPlace(const ScenarioNode& node) {
+void Scenario::readBehavior(const JSONNode& node) {
+  behavior_ = readBehaviorTerms(node);
+  for (const Address* place : {&behavior_->handshake, &behavior_->events}) {
+    const Answer* answer = routes_.find(place->host, place->path);
+    if (answer != nullptr) node.refuse("another answer stands at " + place->host + place->path);
+    hosts_.insert(place->host);
+  }
+}
+
+Address Scenario::readPlace(const JSONNode& node) {
   const auto address = parseAddress(node.text());
   if (!address || !address->isServed()) {
     node.refuse("must be \"https://host/path\", \"http://host/path\" or \"/path\"");
@@ -78,7 +96,7 @@ Address Scenario::readPlace(const ScenarioNode& node) {
   return *address;
 }
 
-void Scenario::add(const ScenarioNode& node, const Address& address, const Answer& answer) {
+void Scenario::add(const JSONNode& node, const Address& address, const Answer& answer) {
   if (routes_.add(address, answer)) return;
   node.refuse("another answer stands at " + address.host + address.path + " already");
 }

@@ -68,6 +68,9 @@ void simplify(httplib::Request& request) {
   request.ranges.clear();
   if (!request.has_header("Content-Length") && !request.has_header("Transfer-Encoding")) {
     request.headers.emplace("Content-Length", "0");
+  } else if (request.method == "GET" || request.method == "OPTIONS") {
+    // Or else the HTTP library would take the body for the next request.
+    request.method = "POST";
   }
 }
 

@@ -1,9 +1,13 @@
 #include "sandbox/Text.h"
 
 #include <openssl/evp.h>
+#include <openssl/rand.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <vector>
+
+#include "sandbox/Certificate.h"
 
 namespace quenwick::sandbox {
 namespace {
@@ -58,6 +62,22 @@ std::string utf8Text(std::string_view bytes) {
     }
   }
   return text;
+}
+
+std::string hexadecimal(std::span<const unsigned char> bytes) {
+  constexpr std::string_view digits = "0123456789abcdef";
+  std::string text;
+  for (const unsigned char byte : bytes) {
+    text += digits[byte >> 4U];
+    text += digits[byte & 0xFU];
+  }
+  return text;
+}
+
+std::string drawHexadecimal(std::size_t length) {
+  std::vector<unsigned char> bytes(length / 2);
+  requireOpenSSL(RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) == 1, "draw a number");
+  return hexadecimal(bytes);
 }
 
 std::string base64(std::string_view bytes) {

@@ -47,12 +47,19 @@ void announce(const Sandbox& sandbox) {
   const std::string port = std::to_string(sandbox.port());
   const std::string httpPort = std::to_string(sandbox.httpPort());
   const std::string authority = sandbox.certificateAuthority().string();
+  const std::string reach = " --cacert " + inQuotes(authority) +
+                            " --connect-to :443:127.0.0.1:" + port +
+                            " --connect-to :80:127.0.0.1:" + httpPort;
   std::cout << "HTTPS:     127.0.0.1:" << port << "\nHTTP:      127.0.0.1:" << httpPort
             << "\nAuthority: " << authority
             << "\n\nResolve a link (curl -iL takes the same options):\n"
-            << "  quenwick resolve LINK --cacert " << inQuotes(authority)
-            << " --connect-to :443:127.0.0.1:" << port << " --connect-to :80:127.0.0.1:" << httpPort
-            << "\n\nLinks:\n";
+            << "  quenwick resolve LINK" << reach;
+  if (!sandbox.keys().empty()) {
+    std::cout << "\n\nVerify an API key:\n  quenwick verify --api-key "
+              << inQuotes(sandbox.keys().front()) << " --service " << inQuotes(sandbox.service())
+              << reach;
+  }
+  std::cout << "\n\nLinks:\n";
   for (const std::string& link : sandbox.links()) std::cout << pasteable(link) << '\n';
   std::cout << std::flush;
 }

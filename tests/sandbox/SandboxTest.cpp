@@ -273,7 +273,7 @@ TEST_F(SandboxTest, BadScenariosAreRefusedNamingThePlace) {
       {R"({"links": [)", "line 1, column 12: "},
       {R"([])", "scenario: must be an object"},
       {R"({"linkz": []})", "linkz: unknown key"},
-      {R"({"links": [{}]})", "links[0]: \"link\" is missing"},
+      {R"({"links": [{}]})", "links[0].link: is missing"},
       {R"({"links": [{"link": "shop.example/x"}]})", "links[0].link: must be"},
       {R"({"links": [{"link": "/a"}, {"link": "/b", "chain": [{"status": 200, "to": "/c"}]}]})",
        "links[1].chain[0].status: must be 301"},
