@@ -1,12 +1,9 @@
 #pragma once
 
-#include <atomic>
-#include <condition_variable>
 #include <coroutine>
 #include <exception>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <semaphore>
 #include <stop_token>
@@ -14,6 +11,7 @@
 #include <variant>
 
 #include "quenwick/platform/Executor.h"
+#include "quenwick/platform/TaskHandle.h"
 
 namespace quenwick::platform {
 
@@ -158,32 +156,6 @@ template <class T>
 typename Continuation<T>::Awaiter suspend(std::function<void(Continuation<T>)> start) {
   return {std::move(start), {}};
 }
-
-/// A started task: may be dropped (the task goes on), waited for or cancelled.
-class TaskHandle {
- public:
-  /// Asks the task to end; it does so at its next opportunity.
-  void cancel() { state_->stop.request_stop(); }
-
-  /// Waits until the task has ended. Never to be called on a thread that the task needs.
-  void wait() const;
-
-  /// Waits at most for the duration; whether the task has ended.
-  bool waitFor(std::chrono::nanoseconds atMost) const;
-
- private:
-  friend TaskHandle startTask(Task<void> task, std::stop_source stop);
-
-  struct State {
-    std::stop_source stop;
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool isDone = false;
-  };
-  explicit TaskHandle(std::shared_ptr<State> state) : state_(std::move(state)) {}
-
-  std::shared_ptr<State> state_;
-};
 
 /// Starts the task on the pool and returns at once. An exception that leaves the task is logged.
 /// `stop` is what the handle's `cancel` asks; the task holds its token.

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "quenwick/client/PublicTypes.h"
+
+namespace quenwick {
+
+/// Connections to `host` and `port` go to `toAddress` and `toPort` instead; requests and the check
+/// of certificates stay as they are. An empty host stands for every host.
+struct ConnectTo {
+  std::string host = {};
+  std::uint16_t port = 443;
+  std::string toAddress = {};
+  std::uint16_t toPort = 443;
+};
+
+/// What a host may say before it uses the library for the first time. Everything is optional.
+struct Configuration {
+  /// The service's base URL, in place of the production one.
+  std::optional<std::string> serviceURL = {};
+  /// Certificates (PEM text) trusted as issuers beside the system's.
+  std::string trustAnchors = {};
+  std::vector<ConnectTo> connectTo = {};
+  /// Stand before what the application's Info.plist says. An interpreter must set them: its
+  /// executable is not the application.
+  std::optional<std::string> bundleIdentifier = {};
+  std::optional<std::string> bundleVersion = {};
+  /// Where Info.plist lies, if neither beside the executable nor in its share folder.
+  std::optional<std::filesystem::path> infoPlist = {};
+  /// Everything kept lies below this folder, in place of the user's own.
+  std::optional<std::filesystem::path> home = {};
+  /// Runs work later, in order and one at a time, on the thread on which the host's handlers are to
+  /// be called: its main loop. Without one the library has a thread of its own for that.
+  std::function<void(std::function<void()> work)> mainExecutor = {};
+  /// Takes what is logged, from any thread, several calls at once. It may call the library; what
+  /// is logged meanwhile goes to standard error.
+  std::function<void(LogLevel level, std::string_view message)> logHook = {};
+};
+
+/// Sets the configuration of the process: once, before the first use of `QWClient`. False, and an
+/// error line, where that is too late or a value is no use; then nothing has changed.
+bool configure(Configuration configuration);
+
+}  // namespace quenwick

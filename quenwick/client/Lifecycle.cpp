@@ -1,0 +1,125 @@
+#include "quenwick/client/Lifecycle.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "quenwick/client/HookLog.h"
+#include "quenwick/client/HostCalls.h"
+#include "quenwick/client/HostExecutor.h"
+#include "quenwick/platform/HostConfiguration.h"
+#include "quenwick/platform/LogSink.h"
+#include "quenwick/platform/MainActor.h"
+#include "quenwick/platform/Text.h"
+#include "quenwick/platform/Writer.h"
+
+namespace quenwick {
+namespace {
+
+std::optional<platform::URL> webURL(const std::string& text) {
+  auto url = platform::URL::parse(text);
+  if (!url || !url->host()) return std::nullopt;
+  auto scheme = platform::lowercased(url->scheme());
+  return scheme == "https" || scheme == "http" ? url : std::nullopt;
+}
+
+bool isText(const std::optional<std::string>& text) {
+  return !text || (!text->empty() && platform::isUTF8(*text));
+}
+
+/// What of the configuration is no use; none where all of it is.
+std::optional<std::string> faultOf(const Configuration& configuration) {
+  constexpr std::string_view kCertificate = "-----BEGIN CERTIFICATE-----";
+  if (configuration.serviceURL && !webURL(*configuration.serviceURL)) {
+    return "serviceURL is no URL of the web";
+  }
+  const auto& anchors = configuration.trustAnchors;
+  if (!anchors.empty() && anchors.find(kCertificate) == anchors.npos) {
+    return "trustAnchors holds no certificate";
+  }
+  if (std::ranges::any_of(configuration.connectTo,
+                          [](const auto& entry) { return entry.toAddress.empty(); })) {
+    return "an entry of connectTo has no address";
+  }
+  if (!isText(configuration.bundleIdentifier)) return "bundleIdentifier is no text";
+  if (!isText(configuration.bundleVersion)) return "bundleVersion is no text";
+  return std::nullopt;
+}
+
+}  // namespace
+
+bool configure(Configuration configuration) {
+  return Lifecycle::shared().configure(std::move(configuration));
+}
+
+Lifecycle& Lifecycle::shared() {
+  static auto& instance = *new Lifecycle;
+  return instance;
+}
+
+bool Lifecycle::configure(Configuration configuration) {
+  auto fault = faultOf(configuration);
+  if (!fault && !take(std::move(configuration))) fault = "the library is in use already";
+  // Without the lock: the host's log hook may call the library.
+  if (fault) platform::logPlatformError("The configuration was refused: " + *fault);
+  return !fault;
+}
+
+bool Lifecycle::take(Configuration configuration) {
+  std::lock_guard lock(mutex_);
+  if (isInUse_ || !platform::configureHost({.bundleIdentifier = configuration.bundleIdentifier,
+                                            .bundleVersion = configuration.bundleVersion,
+                                            .infoPlist = configuration.infoPlist,
+                                            .home = configuration.home})) {
+    return false;
+  }
+  if (configuration.mainExecutor) {
+    platform::MainActor::setExecutor(std::make_shared<HostExecutor>(configuration.mainExecutor));
+  }
+  if (configuration.logHook) {
+    platform::setLogSink(std::make_shared<HookLog>(configuration.logHook));
+  }
+  configuration_ = std::move(configuration);
+  return true;
+}
+
+bool Lifecycle::enter() {
+  if (isShutDown_) {
+    platform::logPlatformError("A call was refused: the library was shut down");
+    return false;
+  }
+  isInUse_.store(true, std::memory_order_relaxed);
+  return true;
+}
+
+platform::URLSessionConfiguration Lifecycle::sessionConfiguration() {
+  platform::URLSessionConfiguration session;
+  std::lock_guard lock(mutex_);
+  session.additionalTrustAnchors = configuration_.trustAnchors;
+  for (const auto& [host, port, toAddress, toPort] : configuration_.connectTo) {
+    session.connectTo.push_back({host, port, toAddress, toPort});
+  }
+  return session;
+}
+
+std::optional<platform::URL> Lifecycle::serviceURL() {
+  std::lock_guard lock(mutex_);
+  return configuration_.serviceURL ? webURL(*configuration_.serviceURL) : std::nullopt;
+}
+
+bool Lifecycle::shutDown(std::chrono::nanoseconds atMost) {
+  auto end = std::chrono::steady_clock::now() + atMost;
+  isShutDown_ = true;
+  bool hasEnded = HostCalls::shared().close(atMost);
+  platform::setLogSink(nullptr);
+  stop_.request_stop();
+  auto left = std::max(end - std::chrono::steady_clock::now(), std::chrono::nanoseconds(0));
+  hasEnded &= platform::writer().drain(left);
+  {
+    std::lock_guard lock(mutex_);
+    configuration_ = {};
+  }
+  platform::MainActor::setExecutor(nullptr);
+  return hasEnded;
+}
+
+}  // namespace quenwick

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+
+#include "quenwick/client/Configuration.h"
+#include "quenwick/platform/URLSession.h"
+
+namespace quenwick {
+
+/// The library's time in its host's process: configured, in use, shut down. From any thread.
+class Lifecycle {
+ public:
+  static Lifecycle& shared();
+
+  /// Takes the configuration, unless the library is in use.
+  bool configure(Configuration configuration);
+
+  /// Notes that the library is in use, as every call of a host does first. False, with an error
+  /// line, once it was shut down.
+  bool enter();
+
+  /// What was configured for sessions and the service.
+  platform::URLSessionConfiguration sessionConfiguration();
+  std::optional<platform::URL> serviceURL();
+
+  /// Asked to stop when the library is shut down.
+  std::stop_token stopToken() { return stop_.get_token(); }
+
+  /// No call into the host begins from now on. Whether all that runs has ended in time.
+  bool shutDown(std::chrono::nanoseconds atMost);
+
+ private:
+  bool take(Configuration configuration);
+
+  std::mutex mutex_;
+  Configuration configuration_;
+  std::atomic<bool> isInUse_ = false;
+  std::atomic<bool> isShutDown_ = false;
+  std::stop_source stop_;
+};
+
+}  // namespace quenwick

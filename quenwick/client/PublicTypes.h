@@ -1,0 +1,23 @@
+#pragma once
+
+#include "quenwick/logging/QWLogType.h"
+#include "quenwick/platform/Error.h"
+#include "quenwick/platform/LogSink.h"
+#include "quenwick/platform/Publisher.h"
+#include "quenwick/platform/TaskHandle.h"
+#include "quenwick/platform/URL.h"
+#include "quenwick/platform/Value.h"
+
+namespace quenwick {
+
+using platform::AnyPublisher;
+using platform::Cancellable;
+using platform::Dictionary;
+using platform::List;
+using platform::LogLevel;
+using platform::PlatformError;
+using platform::TaskHandle;
+using platform::URL;
+using platform::Value;
+
+}  // namespace quenwick

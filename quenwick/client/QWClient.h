@@ -1,0 +1,149 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <future>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <stop_token>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "quenwick/client/Configuration.h"
+#include "quenwick/client/DeeplinkResult.h"
+#include "quenwick/client/OpeningLinks.h"
+#include "quenwick/client/PublicTypes.h"
+
+namespace quenwick {
+
+class BehaviorEventManager;
+class DeeplinkHandlers;
+
+/// What `QWClient::start` takes; written with designated initialisers.
+struct StartOptions {
+  /// The application's key for behaviour events; without one that of its Info.plist, under
+  /// "quen_wick_api_key", is taken.
+  std::optional<std::string> apiKey = {};
+  /// Hosts of the application's links, beside those that its Info.plist lists.
+  std::vector<std::string> deeplinkDomains = {};
+  /// What the application was launched with; a URL in it is handled.
+  LaunchOptions launchOptions = {};
+  bool shouldRegisterForBehaviorEvents = true;
+  /// Called on the main actor with the outcome of every link that the application is opened with.
+  DeeplinkHandler deeplinkHandler = {};
+};
+
+/// What `QWClient::startWithResult` takes.
+struct StartWithResultOptions {
+  std::optional<std::string> apiKey = {};
+  std::vector<std::string> deeplinkDomains = {};
+  LaunchOptions launchOptions = {};
+  /// As `StartOptions::deeplinkHandler`, for callers that cannot take a variant.
+  DeeplinkCompatibilityHandler result = {};
+};
+
+/// When a resolution is to end, whatever has become of it by then.
+struct ResolveOptions {
+  std::optional<std::chrono::nanoseconds> deadline = {};
+  std::stop_token stop = {};
+};
+
+/// What a host calls, and nothing else. Every operation may be called from any thread, before
+/// `start` and after it; each returns at once, without waiting for the network or the disk, and
+/// none throws. What fails is logged; outcomes of links reach the host's handlers, on the main
+/// actor (`Configuration::mainExecutor`).
+class QWClient {
+ public:
+  /// The process's client, made on first use.
+  static std::shared_ptr<QWClient> shared();
+  /// Puts another in its place, with no handlers and events not enabled; null does nothing.
+  static void setShared(std::shared_ptr<QWClient> client);
+
+  /// Makes sure that the install has its identifier; the first time ever that is on disk when the
+  /// constructor returns.
+  QWClient();
+  ~QWClient();
+  QWClient(const QWClient&) = delete;
+  QWClient& operator=(const QWClient&) = delete;
+
+  /// Starts the library: registers the domains, handles the link that the application was launched
+  /// with, and has behaviour events enabled once the service has confirmed the key. Called again
+  /// it replaces the handler, adds the domains and handles its launch options anew.
+  static void start(StartOptions options);
+  /// The same with a handler that takes a link or an error; always registers for events.
+  static void startWithResult(StartWithResultOptions options);
+
+  /// Has behaviour events enabled once the service has confirmed the key. Every call asks anew
+  /// unless the answer of the last week is at hand. The handle may be dropped.
+  static std::optional<TaskHandle> registerForBehaviors(std::string_view apiKey);
+  /// The same with the key under "quen_wick_api_key"; nothing, and an error line, without one.
+  static std::optional<TaskHandle> registerForBehaviorsFromPlist();
+
+  /// Called on the main actor whenever events become enabled; at once where they are. One at a
+  /// time: the next replaces it, and an empty one removes it.
+  static void setEventsEnabledHandler(std::function<void()> handler);
+
+  /// Which categories are logged: all until changed.
+  static QWLogType enabledLogTypes();
+  static void setEnabledLogTypes(QWLogType types);
+
+  // Links
+
+  /// Adds hosts whose links belong to the application, compared letter by letter.
+  static void registerDeeplinkDomains(const std::vector<std::string>& domains);
+  /// Adds those that Info.plist lists under "quen_wick_universal_link_domains".
+  static void registerDeeplinkDomainsFromPlist();
+  static std::set<std::string> domains();
+
+  /// Whether the link lies with a registered domain and has a tracking shape or matches one of the
+  /// host's handleable paths.
+  static bool canHandleURL(std::string_view url);
+  /// Resolves a link that the application is opened with, if it can be handled, and says whether
+  /// it can. The outcome goes to the handler and, where it resolved, to `storedDeeplink`.
+  static bool handleUniversalLink(std::string_view url);
+  static bool handleUniversalLink(const NSUserActivity& activity);
+  static bool handleUniversalLink(const UISceneConnectionOptions& options);
+  static bool handleURLFromLaunchOptions(const LaunchOptions& options);
+
+  /// Handles the first of the pasted items that is a link.
+  static bool paste(const std::vector<NSItemProvider>& itemProviders);
+
+  /// Resolves a link whether or not it can be handled. `completion` is called on the main actor,
+  /// once; a resolution that is stopped, or past its deadline, ends at once with a failure.
+  static void resolve(std::string_view url, DeeplinkHandler completion,
+                      ResolveOptions options = {});
+  /// The same as a future, which never throws. It must not be waited for on the main actor.
+  static std::future<DeeplinkResult> resolve(std::string_view url, ResolveOptions options = {});
+
+  /// The last link that the application was opened with and that resolved, in this process.
+  static std::optional<std::string> storedDeeplink();
+  /// That and its changes. The value of the moment comes inside `subscribe`, on the caller's
+  /// thread; each new one on the main actor.
+  static AnyPublisher<std::optional<std::string>> storedDeeplinkPublisher();
+
+  /// Patterns (regular expressions) that make further links of a host handleable. A host's new
+  /// list replaces its old one. A pattern that does not compile is never found.
+  static void addHandleablePaths(const std::map<std::string, std::vector<std::string>>& paths);
+  static void removeHandleablePaths(const std::string& host);
+  static void clearHandleablePaths();
+  static std::map<std::string, std::vector<std::string>> handleablePaths();
+
+  /// The link-user identifier: what the host has set, else what the last link carried.
+  static std::optional<std::string> qwU();
+  /// Sets it; none removes it. It is on disk within a tenth of a second.
+  static void setQWU(std::optional<std::string> value);
+
+ private:
+  friend class LinkIntake;
+  struct State;
+
+  static bool enter();
+  DeeplinkHandlers& deeplinkHandlers();
+
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace quenwick

@@ -1,0 +1,158 @@
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "quenwick/client/HostCalls.h"
+#include "quenwick/client/LinkIntake.h"
+#include "quenwick/client/QWClient.h"
+#include "quenwick/logging/Logger.h"
+#include "quenwick/platform/Bundle.h"
+#include "quenwick/platform/Text.h"
+#include "quenwick/state/Analytics.h"
+
+namespace quenwick {
+namespace {
+
+// All four spellings are in use.
+constexpr std::array kDomainKeys = {
+    "quen_wick_universal_link_domains", "quene_wick_universal_link_domains",
+    "quenwick_universal_link_domains", "quenewick_universal_link_domains"};
+
+/// The value as a list of texts; none where it is anything else.
+std::optional<std::vector<std::string>> textsOf(const Value* value) {
+  const auto* list = value ? value->as<List>() : nullptr;
+  if (!list) return std::nullopt;
+  std::vector<std::string> texts;
+  for (const auto& entry : *list) {
+    const auto* text = entry.as<std::string>();
+    if (!text) return std::nullopt;
+    texts.push_back(*text);
+  }
+  return texts;
+}
+
+/// A list as it is printed: ["a", "b"].
+std::string printed(const std::vector<std::string>& texts) {
+  std::string out = "[";
+  for (const char* separator = ""; const auto& text : texts) {
+    out += separator + platform::debugQuoted(text);
+    separator = ", ";
+  }
+  return out + "]";
+}
+
+bool isLink(const std::optional<std::string>& text) { return text && URL::parse(*text); }
+
+}  // namespace
+
+void QWClient::registerDeeplinkDomains(const std::vector<std::string>& domains) {
+  if (!enter()) return;
+  Logger::debug(QWLogType::deeplink, "Registering Domains: " + printed(domains));
+  LinkIntake::shared().handleableLinks().insertDomains(domains);
+}
+
+void QWClient::registerDeeplinkDomainsFromPlist() {
+  if (!enter()) return;
+  const auto& info = platform::Bundle::main().infoDictionary();
+  for (const auto* key : kDomainKeys) {
+    if (auto domains = textsOf(info.find(key))) return registerDeeplinkDomains(*domains);
+    Logger::debug(QWLogType::deeplink,
+                  "Could not find domains in Info.plist for key - " + std::string(key));
+  }
+}
+
+std::set<std::string> QWClient::domains() {
+  return enter() ? LinkIntake::shared().handleableLinks().domains() : std::set<std::string>();
+}
+
+bool QWClient::canHandleURL(std::string_view url) {
+  return enter() && LinkIntake::shared().canHandle(url);
+}
+
+bool QWClient::handleUniversalLink(std::string_view url) {
+  return enter() && LinkIntake::shared().handle(url);
+}
+
+bool QWClient::handleUniversalLink(const NSUserActivity& activity) {
+  return activity.activityType == NSUserActivityTypeBrowsingWeb && activity.webpageURL &&
+         handleUniversalLink(*activity.webpageURL);
+}
+
+bool QWClient::handleUniversalLink(const UISceneConnectionOptions& options) {
+  auto browsing = std::ranges::find(options.userActivities, NSUserActivityTypeBrowsingWeb,
+                                    &NSUserActivity::activityType);
+  return browsing != options.userActivities.end() && handleUniversalLink(*browsing);
+}
+
+bool QWClient::handleURLFromLaunchOptions(const LaunchOptions& options) {
+  if (!enter()) return false;
+  const auto* value = options.find(UIApplicationLaunchOptionsURLKey);
+  const auto* url = value ? value->as<std::string>() : nullptr;
+  if (!url || !URL::parse(*url)) {
+    Logger::debug(QWLogType::deeplink, "App not opened from a URL");
+    return false;
+  }
+  Logger::debug(QWLogType::deeplink, "Found URL in launch options");
+  return handleUniversalLink(*url);
+}
+
+bool QWClient::paste(const std::vector<NSItemProvider>& itemProviders) {
+  for (const auto& provider : itemProviders) {
+    if (isLink(provider.url)) return handleUniversalLink(*provider.url);
+    if (isLink(provider.text)) return handleUniversalLink(*provider.text);
+  }
+  return false;
+}
+
+void QWClient::resolve(std::string_view url, DeeplinkHandler completion, ResolveOptions options) {
+  if (!enter() || !completion) return;
+  auto call = [completion = std::move(completion)](const DeeplinkResult& result) {
+    HostCalls::shared().post([completion, result] { completion(result); });
+  };
+  LinkIntake::shared().resolve(url, options, std::move(call));
+}
+
+std::future<DeeplinkResult> QWClient::resolve(std::string_view url, ResolveOptions options) {
+  auto promise = std::make_shared<std::promise<DeeplinkResult>>();
+  auto future = promise->get_future();
+  if (enter()) {
+    LinkIntake::shared().resolve(
+        url, options, [promise](const DeeplinkResult& result) { promise->set_value(result); });
+  } else {
+    promise->set_value(
+        DeeplinkResolutionError::failure(std::string(url), "The library was shut down"));
+  }
+  return future;
+}
+
+std::optional<std::string> QWClient::storedDeeplink() { return LinkIntake::shared().stored(); }
+
+AnyPublisher<std::optional<std::string>> QWClient::storedDeeplinkPublisher() {
+  return LinkIntake::shared().storedPublisher();
+}
+
+void QWClient::addHandleablePaths(const std::map<std::string, std::vector<std::string>>& paths) {
+  if (enter()) LinkIntake::shared().handleableLinks().addPaths(paths);
+}
+
+void QWClient::removeHandleablePaths(const std::string& host) {
+  if (enter()) LinkIntake::shared().handleableLinks().removePaths(host);
+}
+
+void QWClient::clearHandleablePaths() {
+  if (enter()) LinkIntake::shared().handleableLinks().clearPaths();
+}
+
+std::map<std::string, std::vector<std::string>> QWClient::handleablePaths() {
+  return LinkIntake::shared().handleableLinks().paths();
+}
+
+std::optional<std::string> QWClient::qwU() {
+  return enter() ? Analytics::shared().qwu() : std::nullopt;
+}
+
+void QWClient::setQWU(std::optional<std::string> value) {
+  if (enter()) Analytics::shared().setQWU(std::move(value));
+}
+
+}  // namespace quenwick
