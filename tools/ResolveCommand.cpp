@@ -1,13 +1,12 @@
-#include <charconv>
+#include <array>
 #include <cstdio>
-#include <fstream>
-#include <iterator>
 
 #include "quenwick/deeplink/DeeplinkManager.h"
 #include "quenwick/deeplink/DeeplinkResolutionError.h"
 #include "tools/Arguments.h"
 #include "tools/Commands.h"
 #include "tools/HopRecorder.h"
+#include "tools/LoadingOptions.h"
 #include "tools/Output.h"
 
 namespace quenwick::tools {
@@ -26,70 +25,13 @@ struct Report {
   std::shared_ptr<const platform::PlatformError> loadError = nullptr;
 };
 
-std::string fileContents(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  if (!stream) throw UsageError("the file " + path + " cannot be read");
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-template <class Number>
-std::optional<Number> number(std::string_view text) {
-  Number value{};
-  auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  bool isWhole = error == std::errc() && end == text.data() + text.size() && !text.empty();
-  return isWhole ? std::optional(value) : std::nullopt;
-}
-
-/// HOST:PORT:ADDRESS:PORT
-platform::ConnectTo connectTo(const std::string& text) {
-  auto first = text.find(':');
-  auto second = text.find(':', first == text.npos ? first : first + 1);
-  auto last = text.rfind(':');
-  if (second != text.npos && last > second) {
-    auto port = number<std::uint16_t>(std::string_view(text).substr(first + 1, second - first - 1));
-    auto toPort = number<std::uint16_t>(std::string_view(text).substr(last + 1));
-    if (port && toPort) {
-      return {text.substr(0, first), *port, text.substr(second + 1, last - second - 1), *toPort};
-    }
-  }
-  throw UsageError("--connect-to takes HOST:PORT:ADDRESS:PORT, not " + text);
-}
-
-platform::URLSessionConfiguration configurationFrom(const Arguments& arguments) {
-  platform::URLSessionConfiguration configuration;
-  if (auto file = arguments.value("--cacert")) {
-    configuration.additionalTrustAnchors = fileContents(*file);
-    if (configuration.additionalTrustAnchors.find("-----BEGIN CERTIFICATE-----") ==
-        std::string::npos) {
-      throw UsageError("the file " + *file + " holds no certificate");
-    }
-  }
-  for (const auto& text : arguments.values("--connect-to")) {
-    configuration.connectTo.push_back(connectTo(text));
-  }
-  return configuration;
-}
-
-/// Ends the resolution once the caller's own deadline has passed.
-platform::Cancellable deadlineFrom(const Arguments& arguments, const std::stop_source& stop) {
-  auto text = arguments.value("--timeout");
-  if (!text) return {};
-  auto seconds = number<double>(*text);
-  constexpr double kLongest = 1e9;
-  if (!seconds || !(*seconds >= 0 && *seconds < kLongest)) {
-    throw UsageError("--timeout takes seconds, not " + *text);
-  }
-  auto duration =
-      std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(*seconds));
-  return platform::postAfter(duration, platform::pool(), [stop]() mutable { stop.request_stop(); });
-}
-
 Report resolve(const platform::URL& link, const Arguments& arguments) {
   auto recorder = std::make_shared<HopRecorder>();
-  DeeplinkManager manager(link, platform::URLSession::make(configurationFrom(arguments), recorder));
+  DeeplinkManager manager(link,
+                          platform::URLSession::make(sessionConfiguration(arguments), recorder));
   Report report{.link = manager.url().absoluteString()};
   std::stop_source stop;
-  auto deadline = deadlineFrom(arguments, stop);
+  auto ending = deadline(arguments, stop);
   try {
     report.destination = platform::wait(manager.resolve(stop.get_token())).absoluteString();
   } catch (const DeeplinkResolutionError& error) {
@@ -161,8 +103,7 @@ void printForPerson(const Report& report) {
 }  // namespace
 
 int resolveCommand(std::span<const std::string> words) {
-  Arguments arguments(words,
-                      {.valued = {"--cacert", "--connect-to", "--timeout"}, .flags = {"--json"}});
+  Arguments arguments(words, {.valued = loadingOptions(), .flags = {"--json"}});
   const auto& text = arguments.onlyWord("the link");
   auto link = platform::URL::parse(text);
   auto report = link ? resolve(*link, arguments) : unparsable(text);

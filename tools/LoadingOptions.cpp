@@ -1,0 +1,77 @@
+#include "tools/LoadingOptions.h"
+
+#include <charconv>
+#include <chrono>
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace quenwick::tools {
+namespace {
+
+std::string fileContents(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  if (!stream) throw UsageError("the file " + path + " cannot be read");
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+template <class Number>
+std::optional<Number> number(std::string_view text) {
+  Number value{};
+  auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  bool isWhole = error == std::errc() && end == text.data() + text.size() && !text.empty();
+  return isWhole ? std::optional(value) : std::nullopt;
+}
+
+/// HOST:PORT:ADDRESS:PORT
+platform::ConnectTo connectTo(const std::string& text) {
+  auto first = text.find(':');
+  auto second = text.find(':', first == text.npos ? first : first + 1);
+  auto last = text.rfind(':');
+  if (second != text.npos && last > second) {
+    auto port = number<std::uint16_t>(std::string_view(text).substr(first + 1, second - first - 1));
+    auto toPort = number<std::uint16_t>(std::string_view(text).substr(last + 1));
+    if (port && toPort) {
+      return {text.substr(0, first), *port, text.substr(second + 1, last - second - 1), *toPort};
+    }
+  }
+  throw UsageError("--connect-to takes HOST:PORT:ADDRESS:PORT, not " + text);
+}
+
+}  // namespace
+
+std::vector<std::string_view> loadingOptions(std::vector<std::string_view> own) {
+  own.insert(own.end(), {"--cacert", "--connect-to", "--timeout"});
+  return own;
+}
+
+platform::URLSessionConfiguration sessionConfiguration(const Arguments& arguments) {
+  platform::URLSessionConfiguration configuration;
+  if (auto file = arguments.value("--cacert")) {
+    configuration.additionalTrustAnchors = fileContents(*file);
+    if (configuration.additionalTrustAnchors.find("-----BEGIN CERTIFICATE-----") ==
+        std::string::npos) {
+      throw UsageError("the file " + *file + " holds no certificate");
+    }
+  }
+  for (const auto& text : arguments.values("--connect-to")) {
+    configuration.connectTo.push_back(connectTo(text));
+  }
+  return configuration;
+}
+
+platform::Cancellable deadline(const Arguments& arguments, const std::stop_source& stop) {
+  auto text = arguments.value("--timeout");
+  if (!text) return {};
+  auto seconds = number<double>(*text);
+  constexpr double kLongest = 1e9;
+  if (!seconds || !(*seconds >= 0 && *seconds < kLongest)) {
+    throw UsageError("--timeout takes seconds, not " + *text);
+  }
+  auto duration =
+      std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(*seconds));
+  return platform::postAfter(duration, platform::pool(), [stop]() mutable { stop.request_stop(); });
+}
+
+}  // namespace quenwick::tools
