@@ -64,6 +64,7 @@ bool SerialThread::drain(std::chrono::nanoseconds atMost) {
 }
 
 void SerialThread::run() {
+  id_ = std::this_thread::get_id();
   for (;;) {
     for (auto batch = nextBatch(); !batch.empty(); batch.pop_front()) runWork(batch.front());
   }

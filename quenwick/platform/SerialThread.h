@@ -1,9 +1,11 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <thread>
 
 #include "quenwick/platform/Executor.h"
 
@@ -25,6 +27,9 @@ class SerialThread : public Executor {
   /// Has what was posted so far begin now.
   void hurry();
 
+  /// Whether the caller is this thread.
+  bool isCurrent() const { return id_ == std::this_thread::get_id(); }
+
   /// Whether nothing is waiting or running.
   bool isIdle() const;
 
@@ -38,6 +43,7 @@ class SerialThread : public Executor {
 
   const char* name_;
   const std::chrono::nanoseconds lull_;
+  std::atomic<std::thread::id> id_;
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Work> waiting_;
