@@ -18,11 +18,10 @@ Answer jsonAnswer(std::string text) {
   return {.type = "application/json", .body = Body(std::move(text))};
 }
 
-Answer plainAnswer(int status, const std::string& text) {
-  return {.status = status, .type = "text/plain; charset=utf-8", .body = Body(text + "\n")};
+Answer noSuchQuery() {
+  return {
+      .status = 404, .type = "text/plain; charset=utf-8", .body = Body("There is no such query\n")};
 }
-
-Answer noSuchQuery() { return plainAnswer(404, "There is no such query"); }
 
 Answer read(Service& service, std::string_view what) {
   if (what == "requests") return jsonAnswer(service.recorder.json());
@@ -53,7 +52,9 @@ Answer setFaults(Service& service, std::string_view part, const std::string& tex
   try {
     service.behavior->setFaults(*found, text);
   } catch (const JSONError& error) {
-    return plainAnswer(422, error.what());
+    Answer refused = jsonAnswer(json::serialize(json::object{{"message", error.what()}}));
+    refused.status = 422;
+    return refused;
   }
   return {.status = 204};
 }
