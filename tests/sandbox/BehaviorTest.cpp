@@ -457,7 +457,7 @@ TEST_F(BehaviorTest, FaultsComeFromTheScenarioInTurnAndLastUntilTakenBack) {
             R"({"verification":{"answered":0,"waiting":[]},)"
             R"("events":{"answered":5,"waiting":[{"kind":"forbidden"}]}})");
   EXPECT_EQ(post({.url = faults, .body = R"([{"kind":"cut"},{"kind":"cute"}])", .method = "PUT"}),
-            R"({"message":"faults[1].kind: is no kind of fault"} 422)");
+            R"({"message":"[1].kind: is no kind of fault"} 422)");
   EXPECT_TRUE(post(event).ends_with("403"));
   EXPECT_EQ(curl("-X DELETE -w '%{http_code}' " + faults).output, "204");
   EXPECT_TRUE(post(event).ends_with("200"));
