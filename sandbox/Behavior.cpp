@@ -15,7 +15,7 @@ namespace json = boost::json;
 namespace quenwick::sandbox {
 namespace {
 
-Answer jsonAnswer(const json::object& object) { return jsonAnswer(200, json::serialize(object)); }
+Answer success(const json::object& object) { return jsonAnswer(200, json::serialize(object)); }
 
 }  // namespace
 
@@ -76,7 +76,7 @@ Answer Behavior::verify(const Request& request, const RequestHead& head) {
   const json::object data{{"behavioral_endpoint_url", terms_.endpoint},
                           {"behavioral_endpoint_api_token", credential.token},
                           {"behavioral_endpoint_api_token_identifier", credential.identifier}};
-  Answer right = jsonAnswer({{"data", data}});
+  Answer right = success({{"data", data}});
   const auto fault = faults_.at(BehaviorPart::verification).next();
   return fault ? fault->over(std::move(right)) : right;
 }
@@ -105,7 +105,7 @@ Answer Behavior::acknowledge(const Request& request, const RequestHead& head) {
   judgeEvent(JSONNode(value, "body"),
              {.now = request.receivedAt, .tolerance = terms_.timestampTolerance});
   const std::string requestID = requestIDPrefix_ + std::to_string(++requestCount_);
-  Answer right = jsonAnswer({{"message", "accepted"}, {"request_id", requestID}});
+  Answer right = success({{"message", "accepted"}, {"request_id", requestID}});
   const auto fault = faults_.at(BehaviorPart::events).next();
   if (!fault || fault->isHarmless()) {
     journal_.addEvent(request.body, requestID, request.receivedAt);
