@@ -29,4 +29,8 @@ std::string_view Body::piece(std::uint64_t offset, std::uint64_t end) const {
   return std::string_view(text_).substr(start, end - offset);
 }
 
+Answer jsonAnswer(int status, std::string json) {
+  return {.status = status, .type = "application/json", .body = Body(std::move(json))};
+}
+
 }  // namespace quenwick::sandbox

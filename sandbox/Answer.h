@@ -47,4 +47,6 @@ struct Answer {
   Cut cut = Cut::none;
 };
 
+Answer jsonAnswer(int status, std::string json);
+
 }  // namespace quenwick::sandbox

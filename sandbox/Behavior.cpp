@@ -15,15 +15,7 @@ namespace json = boost::json;
 namespace quenwick::sandbox {
 namespace {
 
-Answer jsonAnswer(int status, const json::value& value) {
-  return {.status = status, .type = "application/json", .body = Body(json::serialize(value))};
-}
-
-/// 422 carries its reason as "message", the others as "error".
-Answer answerTo(const Refusal& refusal) {
-  const std::string reason = utf8Text(refusal.field + ": " + refusal.reason);
-  return jsonAnswer(refusal.status, {{refusal.status == 422 ? "message" : "error", reason}});
-}
+Answer success(const json::object& object) { return jsonAnswer(200, json::serialize(object)); }
 
 }  // namespace
 
@@ -31,9 +23,6 @@ Behavior::Behavior(BehaviorTerms terms, std::string_view secret)
     : terms_(std::move(terms)),
       credentials_(secret, terms_.keyTexts()),
       requestIDPrefix_(drawHexadecimal(8) + "-") {
-  for (const BehaviorPart part : {BehaviorPart::verification, BehaviorPart::events}) {
-    faults_[part];
-  }
   for (const auto& [part, faults] : terms_.faults) faults_[part].replace(faults);
 }
 
@@ -54,13 +43,18 @@ std::optional<Answer> Behavior::answer(const Request& request, const RequestHead
   try {
     return *part == BehaviorPart::verification ? verify(request, head) : acknowledge(request, head);
   } catch (const JSONError& error) {
-    const Refusal refusal{.field = error.place(), .reason = error.why()};
-    journal_.addRefusal(*part, refusal, request.body, request.receivedAt);
-    return answerTo(refusal);
+    return refuse(*part, {.field = error.place(), .reason = error.why()}, request);
   } catch (const Refusal& refusal) {
-    journal_.addRefusal(*part, refusal, request.body, request.receivedAt);
-    return answerTo(refusal);
+    return refuse(*part, refusal, request);
   }
+}
+
+/// 422 carries its reason as "message", the others as "error".
+Answer Behavior::refuse(BehaviorPart part, const Refusal& refusal, const Request& request) {
+  journal_.addRefusal(part, refusal, request.body, request.receivedAt);
+  const std::string reason = utf8Text(refusal.field + ": " + refusal.reason);
+  const json::object body{{refusal.status == 422 ? "message" : "error", reason}};
+  return jsonAnswer(refusal.status, json::serialize(body));
 }
 
 /// Everything at the host of events is judged, so that a wrong path is refused as one.
@@ -79,11 +73,10 @@ Answer Behavior::verify(const Request& request, const RequestHead& head) {
   const JSONNode body(value, "body");
   judgeKey(body);
   const Credential& credential = credentials_.of(body.requiredMember("api_key").text());
-  Answer right =
-      jsonAnswer(200, {{"data",
-                        {{"behavioral_endpoint_url", terms_.endpoint},
-                         {"behavioral_endpoint_api_token", credential.token},
-                         {"behavioral_endpoint_api_token_identifier", credential.identifier}}}});
+  const json::object data{{"behavioral_endpoint_url", terms_.endpoint},
+                          {"behavioral_endpoint_api_token", credential.token},
+                          {"behavioral_endpoint_api_token_identifier", credential.identifier}};
+  Answer right = success({{"data", data}});
   const auto fault = faults_.at(BehaviorPart::verification).next();
   return fault ? fault->over(std::move(right)) : right;
 }
@@ -112,7 +105,7 @@ Answer Behavior::acknowledge(const Request& request, const RequestHead& head) {
   judgeEvent(JSONNode(value, "body"),
              {.now = request.receivedAt, .tolerance = terms_.timestampTolerance});
   const std::string requestID = requestIDPrefix_ + std::to_string(++requestCount_);
-  Answer right = jsonAnswer(200, {{"message", "accepted"}, {"request_id", requestID}});
+  Answer right = success({{"message", "accepted"}, {"request_id", requestID}});
   const auto fault = faults_.at(BehaviorPart::events).next();
   if (!fault || fault->isHarmless()) {
     journal_.addEvent(request.body, requestID, request.receivedAt);

@@ -12,6 +12,7 @@
 
 namespace quenwick::sandbox {
 
+struct Refusal;
 struct Request;
 struct RequestHead;
 class JSONNode;
@@ -37,6 +38,7 @@ class Behavior {
 
  private:
   std::optional<BehaviorPart> partOf(const RequestHead& head) const;
+  Answer refuse(BehaviorPart part, const Refusal& refusal, const Request& request);
   Answer verify(const Request& request, const RequestHead& head);
   void judgeKey(const JSONNode& body) const;
   Answer acknowledge(const Request& request, const RequestHead& head);

@@ -23,7 +23,8 @@ struct BehaviorTerms {
   Address events = {};
   /// How far an event's timestamp may be from now.
   std::chrono::seconds timestampTolerance{3600};
-  std::map<BehaviorPart, std::vector<Fault>> faults = {};
+  std::map<BehaviorPart, std::vector<Fault>> faults = {{BehaviorPart::verification, {}},
+                                                       {BehaviorPart::events, {}}};
 
   std::vector<std::string> keyTexts() const;
 };

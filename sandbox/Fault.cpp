@@ -17,7 +17,7 @@ constexpr std::string_view kKinds = R"({
   "unauthorized": {"status": 401, "json": {"error": "Refused on demand"}},
   "forbidden": {"status": 403, "json": {"error": "Refused on demand"}},
   "unprocessable": {"status": 422, "json": {"message": "Refused on demand"}},
-  "server-error": {"status": 500, "type": "text/plain", "body": "Failed on demand\n"},
+  "server-error": {"status": 500, "type": "text/plain", "body": "Failed on demand"},
   "no-content": {"status": 204},
   "malformed": {"type": "application/json", "body": "{\"data\": {\"message\": "},
   "slow": {"delay": 5000},

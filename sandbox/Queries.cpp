@@ -14,26 +14,21 @@ namespace {
 constexpr std::string_view kQueries = "/_sandbox/";
 constexpr std::string_view kFaults = "faults/";
 
-Answer jsonAnswer(std::string text) {
-  return {.type = "application/json", .body = Body(std::move(text))};
+Answer noSuchQuery() {
+  return {
+      .status = 404, .type = "text/plain; charset=utf-8", .body = Body("There is no such query\n")};
 }
-
-Answer plainAnswer(int status, const std::string& text) {
-  return {.status = status, .type = "text/plain; charset=utf-8", .body = Body(text + "\n")};
-}
-
-Answer noSuchQuery() { return plainAnswer(404, "There is no such query"); }
 
 Answer read(Service& service, std::string_view what) {
-  if (what == "requests") return jsonAnswer(service.recorder.json());
+  if (what == "requests") return jsonAnswer(200, service.recorder.json());
   if (what == "links") {
     const json::object links{{"links", json::value_from(service.scenario.links())}};
-    return jsonAnswer(json::serialize(links));
+    return jsonAnswer(200, json::serialize(links));
   }
   if (!service.behavior) return noSuchQuery();
-  if (what == "events") return jsonAnswer(service.behavior->journal().events());
-  if (what == "refusals") return jsonAnswer(service.behavior->journal().refusals());
-  if (what == "faults") return jsonAnswer(service.behavior->faults());
+  if (what == "events") return jsonAnswer(200, service.behavior->journal().events());
+  if (what == "refusals") return jsonAnswer(200, service.behavior->journal().refusals());
+  if (what == "faults") return jsonAnswer(200, service.behavior->faults());
   return noSuchQuery();
 }
 
@@ -53,7 +48,7 @@ Answer setFaults(Service& service, std::string_view part, const std::string& tex
   try {
     service.behavior->setFaults(*found, text);
   } catch (const JSONError& error) {
-    return plainAnswer(422, error.what());
+    return jsonAnswer(422, json::serialize(json::object{{"message", error.what()}}));
   }
   return {.status = 204};
 }

@@ -1,15 +1,10 @@
-#include "sandbox/Sandbox.h"
-
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
-#include <cstdio>
 #include <fstream>
 #include <future>
 #include <sstream>
@@ -18,6 +13,7 @@
 #include <vector>
 
 #include "sandbox/Address.h"
+#include "tests/sandbox/SandboxFixture.h"
 
 namespace quenwick::sandbox {
 namespace {
@@ -25,42 +21,6 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;
-
-/// A folder that goes away with the test.
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::string pattern = (fs::temp_directory_path() / "sandbox-test-XXXXXX").string();
-    path_ = ::mkdtemp(pattern.data());
-  }
-  ~TemporaryFolder() { fs::remove_all(path_); }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  fs::path state() const { return path_ / "state"; }
-
- private:
-  fs::path path_;
-};
-
-struct Fetched {
-  int exit = -1;
-  std::string output;
-};
-
-Fetched run(const std::string& command) {
-  Fetched fetched;
-  std::FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
-  if (pipe == nullptr) return fetched;
-  std::array<char, 4096> buffer{};
-  for (std::size_t count = 1; count > 0;) {
-    count = std::fread(buffer.data(), 1, buffer.size(), pipe);
-    fetched.output.append(buffer.data(), count);
-  }
-  const int status = ::pclose(pipe);
-  if (WIFEXITED(status)) fetched.exit = WEXITSTATUS(status);
-  return fetched;
-}
 
 std::string contents(const fs::path& file) {
   std::ostringstream text;
@@ -88,22 +48,8 @@ class Peer {
   int socket_;
 };
 
-class SandboxTest : public testing::Test {
+class SandboxTest : public SandboxFixture {
  protected:
-  void start(std::string scenario = {}) {
-    sandbox_.reset();
-    sandbox_ = std::make_unique<Sandbox>(
-        Options{.state = folder_.state(), .scenario = std::move(scenario)});
-  }
-
-  std::string curlCommand(const std::string& arguments) const {
-    return "curl -sS --max-time 30 --cacert " + sandbox_->certificateAuthority().string() +
-           " --connect-to :443:127.0.0.1:" + std::to_string(sandbox_->port()) +
-           " --connect-to :80:127.0.0.1:" + std::to_string(sandbox_->httpPort()) + " " + arguments;
-  }
-
-  Fetched curl(const std::string& arguments) const { return run(curlCommand(arguments)); }
-
   /// Waits until a request has been received whose record holds the text as a value.
   void awaitRequest(const std::string& text) const {
     const auto deadline = Clock::now() + 20s;
@@ -112,9 +58,6 @@ class SandboxTest : public testing::Test {
       std::this_thread::yield();
     }
   }
-
-  TemporaryFolder folder_;
-  std::unique_ptr<Sandbox> sandbox_;
 };
 
 TEST(Address, RedirectTargetsResolveAgainstTheAddressThatSentThem) {
