@@ -26,6 +26,8 @@ class AuthenticationTokenManager {
   };
 
   explicit AuthenticationTokenManager(std::shared_ptr<AuthenticationService> service);
+  AuthenticationTokenManager(std::shared_ptr<AuthenticationService> service,
+                             std::shared_ptr<const platform::Clock> clock);
   ~AuthenticationTokenManager();
 
   std::optional<std::string> accessToken() const;

@@ -4,7 +4,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "quenwick/platform/URLRequest.h"
 #include "quenwick/platform/UUID.h"
 #include "quenwick/platform/Value.h"
 
@@ -32,16 +34,27 @@ class Keychain {
 
   bool set(const platform::Bytes& data, std::string_view key) const;
   bool set(std::string_view text, std::string_view key) const;
+  bool set(const char* text, std::string_view key) const {
+    return set(std::string_view(text), key);
+  }
   bool set(const platform::UUID& uuid, std::string_view key) const;
   bool set(std::int64_t number, std::string_view key) const;
+  bool set(int number, std::string_view key) const { return set(std::int64_t{number}, key); }
   bool set(float number, std::string_view key) const;
   bool set(double number, std::string_view key) const;
   bool set(bool flag, std::string_view key) const;
+  /// An object of any other kind, as its keyed archive.
+  bool set(const platform::List& list, std::string_view key) const;
+  bool set(const platform::Dictionary& dictionary, std::string_view key) const;
 
   /// Whether there was an item to delete, and it is gone.
   bool removeObject(std::string_view key) const;
 
  private:
+  bool setArchived(const platform::Value& root, std::string_view key) const;
+  /// Replaces the bytes of an item that there is.
+  bool update(const platform::Bytes& data, std::string_view key) const;
+
   std::string serviceName_;
 };
 

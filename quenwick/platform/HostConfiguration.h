@@ -6,6 +6,9 @@
 
 namespace quenwick::platform {
 
+/// Where an install keeps its secrets: with the desktop's keyring, or in an encrypted file.
+enum class SecItemBackendKind { secretService, sealedFile };
+
 /// What a host says of itself where the platform cannot see it. Everything is optional.
 struct HostConfiguration {
   /// Stand before what the information property list says.
@@ -15,6 +18,9 @@ struct HostConfiguration {
   std::optional<std::filesystem::path> infoPlist = std::nullopt;
   /// Everything kept lies below this folder, instead of in the user's XDG folders.
   std::optional<std::filesystem::path> home = std::nullopt;
+  /// Where an install that has kept no secret yet is to keep them. Without it the keyring is taken
+  /// where one answers and is unlocked, else the file; below a `home` always the file.
+  std::optional<SecItemBackendKind> keychain = std::nullopt;
 };
 
 /// Sets the configuration for the process. Taken once, and before the first use of the main

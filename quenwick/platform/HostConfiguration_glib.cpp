@@ -97,7 +97,7 @@ DirectoryLock::~DirectoryLock() {
 
 void setAside(const std::filesystem::path& file, const std::string& reason) {
   auto suffix = ".damaged-" + std::to_string(g_get_real_time());
-  for (auto companion : std::array{"", "-wal", "-shm"}) {
+  for (auto companion : std::array{"", "-wal", "-shm", "-key"}) {
     auto from = file.string() + companion;
     std::error_code error;
     std::filesystem::rename(from, file.string() + suffix + companion, error);

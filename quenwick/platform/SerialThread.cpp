@@ -52,6 +52,7 @@ bool SerialThread::drain(std::chrono::nanoseconds atMost) {
 }
 
 void SerialThread::run() {
+  id_ = std::this_thread::get_id();
   for (;;) {
     Work work;
     {

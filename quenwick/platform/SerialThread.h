@@ -1,9 +1,11 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <thread>
 
 #include "quenwick/platform/Executor.h"
 
@@ -18,6 +20,9 @@ class SerialThread : public Executor {
 
   void post(Work work) override;
 
+  /// Whether the caller is this thread.
+  bool isCurrent() const { return id_ == std::this_thread::get_id(); }
+
   /// Whether nothing is waiting or running.
   bool isIdle() const;
 
@@ -29,6 +34,7 @@ class SerialThread : public Executor {
   void run();
 
   const char* name_;
+  std::atomic<std::thread::id> id_;
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Work> waiting_;

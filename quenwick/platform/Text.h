@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -41,5 +42,9 @@ bool equalsIgnoringCase(std::string_view left, std::string_view right);
 /// The shortest decimal text that reads back as the same number, with at least one digit after
 /// the point ("1.0", "0.9"). The same in every locale.
 std::string shortestDecimal(double number);
+
+/// The number that the whole text is, decimal or hexadecimal, infinities included; none for any
+/// other text, one with blanks around the number too. The same in every locale.
+std::optional<double> parsedDouble(std::string_view text);
 
 }  // namespace quenwick::platform

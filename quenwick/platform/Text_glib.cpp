@@ -157,4 +157,12 @@ std::string shortestDecimal(double number) {
   return text;
 }
 
+std::optional<double> parsedDouble(std::string_view text) {
+  std::string owned(text);
+  if (owned.empty() || g_ascii_isspace(owned.front())) return std::nullopt;
+  char* end = nullptr;
+  double number = g_ascii_strtod(owned.c_str(), &end);
+  return end == owned.data() + owned.size() ? std::optional(number) : std::nullopt;
+}
+
 }  // namespace quenwick::platform

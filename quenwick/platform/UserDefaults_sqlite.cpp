@@ -1,9 +1,8 @@
-#include <time.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 
+#include "quenwick/platform/CoarseClock.h"
 #include "quenwick/platform/GenerationCounter.h"
 #include "quenwick/platform/HostConfiguration.h"
 #include "quenwick/platform/LogSink.h"
@@ -19,13 +18,6 @@ namespace {
 constexpr std::int64_t kLookInterval = 5'000'000;  // nanoseconds
 constexpr std::chrono::seconds kRetryInterval(1);
 constexpr std::size_t kMaximumText = 1U << 20;
-
-/// A clock that costs a few nanoseconds and ticks every few milliseconds.
-std::int64_t coarseNow() {
-  timespec now{};
-  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-  return now.tv_sec * std::int64_t{1'000'000'000} + now.tv_nsec;
-}
 
 bool isAcceptable(const DefaultsValue& value) {
   if (const auto* number = std::get_if<float>(&value)) return std::isfinite(*number);
