@@ -39,6 +39,10 @@ const std::string& Arguments::onlyWord(std::string_view meaning) const {
                                   : "there is one word too many: " + words_[1]);
 }
 
+void Arguments::noWords() const {
+  if (!words_.empty()) throw UsageError("there is one word too many: " + words_.front());
+}
+
 std::optional<std::string> Arguments::value(std::string_view name) const {
   auto all = values(name);
   return all.empty() ? std::nullopt : std::optional(all.back());

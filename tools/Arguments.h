@@ -32,6 +32,9 @@ class Arguments {
   /// The one word that the command takes; throws `UsageError` where there is not exactly one.
   const std::string& onlyWord(std::string_view meaning) const;
 
+  /// Throws `UsageError` where there is a word.
+  void noWords() const;
+
   /// The option's last value, or none.
   std::optional<std::string> value(std::string_view name) const;
   std::vector<std::string> values(std::string_view name) const;

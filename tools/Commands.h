@@ -13,5 +13,6 @@ enum ExitCode { kDone = 0, kFailed = 1, kBadUsage = 2 };
 int resolveCommand(std::span<const std::string> line);
 int classifyCommand(std::span<const std::string> line);
 int stateCommand(std::span<const std::string> line);
+int verifyCommand(std::span<const std::string> line);
 
 }  // namespace quenwick::tools

@@ -2,7 +2,9 @@
 
 #include <unistd.h>
 
+#include <array>
 #include <cstdio>
+#include <ctime>
 
 #include "quenwick/platform/JSONSerialization.h"
 #include "quenwick/platform/Text.h"
@@ -47,6 +49,14 @@ std::string plain(std::string_view text) { return platform::escapedControls(text
 platform::Value orNull(const std::optional<std::string>& text) {
   if (!text) return nullptr;
   return *text;
+}
+
+std::string dateText(double secondsSince1970) {
+  auto seconds = static_cast<std::time_t>(secondsSince1970);
+  std::tm local{};
+  std::array<char, 64> text{};
+  localtime_r(&seconds, &local);
+  return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &local)};
 }
 
 }  // namespace quenwick::tools

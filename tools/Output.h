@@ -20,6 +20,9 @@ std::string bold(std::string_view text);
 std::string dim(std::string_view text);
 std::string plain(std::string_view text);
 
+/// The moment in the user's own time.
+std::string dateText(double secondsSince1970);
+
 /// The text, or null where there is none.
 platform::Value orNull(const std::optional<std::string>& text);
 

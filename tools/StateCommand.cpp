@@ -1,5 +1,3 @@
-#include <ctime>
-
 #include "quenwick/CoreData/CoreDataManager.h"
 #include "quenwick/CoreData/DeeplinkQWU.h"
 #include "quenwick/CoreData/ManagedObjectType.h"
@@ -51,14 +49,6 @@ Dictionary state() {
           {"links", links()}};
 }
 
-std::string dateText(double secondsSince1970) {
-  auto seconds = static_cast<std::time_t>(secondsSince1970);
-  std::tm local{};
-  std::array<char, 64> text{};
-  localtime_r(&seconds, &local);
-  return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &local)};
-}
-
 std::string textOf(const Value& value) {
   if (const auto* text = value.as<std::string>()) return bold(*text);
   if (const auto* flag = value.as<bool>()) return *flag ? "yes" : "no";
@@ -97,7 +87,7 @@ void printForPerson(const Dictionary& all) {
 
 int stateCommand(std::span<const std::string> words) {
   Arguments arguments(words, {.valued = {}, .flags = {"--json"}});
-  if (!arguments.words().empty()) throw UsageError("state takes no words");
+  arguments.noWords();
   auto all = state();
   if (arguments.has("--json")) {
     printJSON(all);

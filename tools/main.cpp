@@ -16,18 +16,23 @@ constexpr auto kUsage =
     R"(usage: quenwick [--home DIR] [--bundle-id ID] [--verbose] COMMAND ...
 
   resolve LINK      follow a tracking link to its destination, and keep what it carries
+  classify LINK     the shape of a link: rpLink, cpLink, goLinks or none
+  state             what is kept for this install
+  verify            prove an API key, and learn where events go
+    --api-key KEY                        the application's key
+    --service URL                        ask this service instead of the production one
+
+  Commands that load also take:
     --cacert PEM                         trust the issuers in this file too
     --connect-to HOST:PORT:ADDRESS:PORT  reach HOST:PORT at ADDRESS:PORT (repeatable)
     --timeout SECONDS                    give up after so long
-  classify LINK     the shape of a link: rpLink, cpLink, goLinks or none
-  state             what is kept for this install
 
   --json            (behind a command) one JSON object instead of text
   --home DIR        keep all state under DIR instead of the user's folders
   --bundle-id ID    act as the application of that identifier
   --verbose         write the library's log to standard error
 
-exit codes: 0 done, 1 not resolved, 2 bad usage
+exit codes: 0 done, 1 not done, 2 bad usage
 )";
 
 constexpr auto kBundleIdentifier = "com.quenwick.cli";
@@ -39,7 +44,8 @@ struct Command {
 
 constexpr std::array kCommands = {Command{"resolve", &resolveCommand},
                                   Command{"classify", &classifyCommand},
-                                  Command{"state", &stateCommand}};
+                                  Command{"state", &stateCommand},
+                                  Command{"verify", &verifyCommand}};
 
 /// Where the command's name stands: behind the program's own options.
 std::size_t commandIndex(std::span<const std::string> line) {
@@ -61,7 +67,9 @@ void configure(const Arguments& arguments) {
   if (arguments.has("--verbose")) {
     platform::setLogSink(std::make_shared<platform::StandardErrorLog>(platform::LogLevel::debug));
   } else {
-    SharedLogger::setEnabledLogTypes(QWLogType::none);  // the program reports by itself
+    // The program reports by itself.
+    SharedLogger::setEnabledLogTypes(QWLogType::none);
+    platform::setLogSink(std::make_shared<platform::StandardErrorLog>(platform::LogLevel::error));
   }
 }
 
