@@ -35,7 +35,8 @@ struct Magnitude {
       auto last = digits.find_last_not_of('9');
       digits.resize(last + 1);  // the nines become zeros, which are left out
       exponent += static_cast<std::int64_t>(kMaximumDigits - digits.size());
-      digits.empty() ? digits.push_back('1') : static_cast<void>(++digits.back());
+      if (digits.empty()) digits = "0";
+      ++digits.back();
     }
     trim();
   }

@@ -207,6 +207,11 @@ TEST_F(ContainersTest, AMebibyteOfTextIsTheLimit) {
   EXPECT_FALSE(custom((1U << 20) - rest + 1));
 }
 
+TEST_F(ContainersTest, ManyProductsInARowAreNoNesting) {
+  OrderCompletedProperties order{.products = {2000, OrderCompletedProduct{.id = "42"}}};
+  EXPECT_TRUE(OrderCompletedContainer(order, analytics_).asDictionary());
+}
+
 // As many levels as can be written and read back; beyond them there is one line.
 TEST_F(ContainersTest, NestingEndsWhereJSONDoes) {
   Value nested = 1;
