@@ -33,6 +33,7 @@ Address readURL(const JSONNode& node, std::string_view key, std::string& url) {
 
 std::vector<std::string> BehaviorTerms::keyTexts() const {
   std::vector<std::string> texts;
+  texts.reserve(keys.size());
   for (const auto& [key, bundles] : keys) texts.push_back(key);
   return texts;
 }

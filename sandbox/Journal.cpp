@@ -15,7 +15,7 @@ double secondsOf(Journal::Time time) {
 }
 
 void add(BoundedLog<std::string>& log, std::string entry) {
-  const std::size_t bytes = sizeof entry + entry.size();
+  const std::size_t bytes = sizeof(std::string) + entry.size();
   log.add(std::make_shared<const std::string>(std::move(entry)), bytes);
 }
 

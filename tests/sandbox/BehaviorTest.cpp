@@ -90,6 +90,11 @@ struct Request {
   std::string method = "POST";
 };
 
+struct Exchange {
+  Request request;
+  std::string answer;
+};
+
 class BehaviorTest : public SandboxFixture {
  protected:
   /// Makes all requests with one run of curl; an answer is "body status".
@@ -121,6 +126,15 @@ class BehaviorTest : public SandboxFixture {
     return answers.size() == 1 ? answers.front() : "no answer";
   }
 
+  void expectAnswers(const std::vector<Exchange>& exchanges) {
+    std::vector<Request> requests;
+    requests.reserve(exchanges.size());
+    for (const Exchange& each : exchanges) requests.push_back(each.request);
+    const auto answers = post(requests);
+    ASSERT_GE(answers.size(), exchanges.size());
+    for (std::size_t i = 0; i < exchanges.size(); ++i) EXPECT_EQ(answers[i], exchanges[i].answer);
+  }
+
   /// The credential that the handshake issues for a key, as "identifier:token".
   std::string credential(const std::string& key = "demo-key") {
     const std::string answer =
@@ -137,14 +151,10 @@ class BehaviorTest : public SandboxFixture {
 };
 
 TEST_F(BehaviorTest, TheHandshakeRefusesAllButAPostOfTwoKnownTexts) {
-  struct Case {
-    Request request;
-    std::string answer;
-  };
   const auto body = [](const std::string& from, const std::string& to) {
     return Request{.url = kService, .body = replaced(kVerification, from, to)};
   };
-  const std::vector<Case> cases = {
+  const std::vector<Exchange> cases = {
       {body("demo-key\"", "demo-key\",\"x\":1"), R"({"message":"x: unknown key"} 422)"},
       {body("\"api_key\"", "\"api_kez\""), R"({"message":"api_kez: unknown key"} 422)"},
       {body(R"(,"api_key":"demo-key")", ""), R"({"message":"api_key: is missing"} 422)"},
@@ -172,11 +182,7 @@ TEST_F(BehaviorTest, TheHandshakeRefusesAllButAPostOfTwoKnownTexts) {
       {{.url = std::string(kService) + "/", .body = kVerification},
        "Nothing is served at api.shop.example/behavioral_verification/"}};
   start(kScenario);
-  std::vector<Request> requests;
-  for (const Case& each : cases) requests.push_back(each.request);
-  const auto answers = post(requests);
-  ASSERT_GE(answers.size(), cases.size());
-  for (std::size_t i = 0; i < cases.size(); ++i) EXPECT_EQ(answers[i], cases[i].answer);
+  expectAnswers(cases);
   EXPECT_EQ(count(sandbox_->refusals(), R"("of":"verification")"), cases.size() - 1);
 }
 
@@ -221,6 +227,7 @@ TEST_F(BehaviorTest, EventsAsAClientShouldSendThemAreAcceptedAndKeptToTheLetter)
   start(kScenario);
   const std::string user = credential();
   std::vector<Request> requests;
+  requests.reserve(bodies.size());
   for (const std::string& body : bodies) {
     requests.push_back({.body = replaced(body, "NOW", secondsFromNow(0)), .user = user});
   }
@@ -320,6 +327,7 @@ TEST_F(BehaviorTest, AnEventThatBreaksARuleIsRefusedNamingTheField) {
   start(kScenario);
   const std::string user = credential();
   std::vector<Request> requests;
+  requests.reserve(cases.size());
   for (const Case& each : cases) {
     requests.push_back({.body = replaced(each.event, each.from, each.to), .user = user});
   }
@@ -337,14 +345,10 @@ TEST_F(BehaviorTest, AnEventThatBreaksARuleIsRefusedNamingTheField) {
 TEST_F(BehaviorTest, AnEventOtherThanAPostOfJSONWithAnIssuedCredentialIsRefused) {
   start(kScenario);
   const std::string user = credential();
-  struct Case {
-    Request request;
-    std::string answer;
-  };
   const std::string url = kEvents;
   const std::string unknown = R"({"error":"Authorization: is no credential in use"} 401)";
   const auto swapped = user.substr(user.find(':') + 1) + ":" + user.substr(0, user.find(':'));
-  const std::vector<Case> cases = {
+  const std::vector<Exchange> cases = {
       {{.body = kIdentify}, unknown},
       {{.body = kIdentify, .user = "identifier:token"}, unknown},
       {{.body = kIdentify, .user = user + "0"}, unknown},
@@ -366,11 +370,7 @@ TEST_F(BehaviorTest, AnEventOtherThanAPostOfJSONWithAnIssuedCredentialIsRefused)
        R"({"message":"Content-Type: must be application/json"} 422)"},
       {{.body = kIdentify, .user = user, .type = "application/json; v=1"},
        R"({"message":"Content-Type: must be application/json"} 422)"}};
-  std::vector<Request> requests;
-  for (const Case& each : cases) requests.push_back(each.request);
-  const auto answers = post(requests);
-  ASSERT_EQ(answers.size(), cases.size());
-  for (std::size_t i = 0; i < cases.size(); ++i) EXPECT_EQ(answers[i], cases[i].answer);
+  expectAnswers(cases);
   EXPECT_EQ(count(sandbox_->refusals(), R"("of":"events")"), cases.size());
 }
 
