@@ -9,9 +9,10 @@ namespace {
 
 platform::Dictionary jsonOf(const Verification& outcome) {
   if (outcome.error) return {{"error", *outcome.error}};
-  return {{"endpoint", orNull(outcome.endpoint)},
-          {"expiresAt", outcome.expiresAt ? platform::Value(*outcome.expiresAt) : platform::Value()},
-          {"fromCache", outcome.isFromCache}};
+  return {
+      {"endpoint", orNull(outcome.endpoint)},
+      {"expiresAt", outcome.expiresAt ? platform::Value(*outcome.expiresAt) : platform::Value()},
+      {"fromCache", outcome.isFromCache}};
 }
 
 void printForPerson(const Verification& outcome) {

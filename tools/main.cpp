@@ -42,10 +42,9 @@ struct Command {
   int (*run)(std::span<const std::string>);
 };
 
-constexpr std::array kCommands = {Command{"resolve", &resolveCommand},
-                                  Command{"classify", &classifyCommand},
-                                  Command{"state", &stateCommand},
-                                  Command{"verify", &verifyCommand}};
+constexpr std::array kCommands = {
+    Command{"resolve", &resolveCommand}, Command{"classify", &classifyCommand},
+    Command{"state", &stateCommand}, Command{"verify", &verifyCommand}};
 
 /// Where the command's name stands: behind the program's own options.
 std::size_t commandIndex(std::span<const std::string> line) {

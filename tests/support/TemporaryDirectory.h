@@ -23,6 +23,13 @@ class TemporaryDirectory {
   TemporaryDirectory(const TemporaryDirectory&) = delete;
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
+  /// Removes what is in the folder.
+  void clear() const {
+    for (const auto& entry : std::filesystem::directory_iterator(path_)) {
+      std::filesystem::remove_all(entry.path());
+    }
+  }
+
   const std::filesystem::path& path() const { return path_; }
 
  private:

@@ -1,0 +1,127 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "quenwick/platform/JSONSerialization.h"
+#include "tests/support/Program.h"
+#include "tests/support/SandboxService.h"
+
+namespace quenwick::tests {
+namespace {
+
+using platform::Dictionary;
+using platform::Value;
+
+constexpr auto kScenario = R"({"behavior": {
+  "keys": [{"key": "first-key"}, {"key": "second-key"}],
+  "service": "https://api.shop.example", "endpoint": "https://events.shop.example/v1/events"}})";
+constexpr double kWeek = 7 * 24 * 3600.0;
+
+class VerifyTest : public testing::Test {
+ protected:
+  Finished verify(const std::string& key, std::vector<std::string> more = {"--json"}) {
+    std::vector<std::string> words{QUENWICK_PROGRAM,
+                                   "--home",
+                                   home_.path().string(),
+                                   "--verbose",
+                                   "verify",
+                                   "--api-key",
+                                   key,
+                                   "--service",
+                                   service_.sandbox().service()};
+    for (const auto& all : {service_.options(), more})
+      words.insert(words.end(), all.begin(), all.end());
+    return runProgram(words);
+  }
+  static Dictionary json(const Finished& finished) {
+    return *platform::JSONSerialization::parse(finished.output).as<Dictionary>();
+  }
+  static Value fromCache(const Finished& finished) { return *json(finished).find("fromCache"); }
+  std::size_t requests() const { return service_.received().size(); }
+
+  TemporaryDirectory home_;
+  SandboxService service_{kScenario};
+};
+
+TEST_F(VerifyTest, TheHandshakeHoldsAWeekAndForItsKeyAlone) {
+  auto now = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch());
+  auto first = verify("first-key");
+  ASSERT_EQ(first.exitCode, 0) << first.errors;
+  EXPECT_EQ(*json(first).find("endpoint"), "https://events.shop.example/v1/events");
+  EXPECT_NEAR(*json(first).find("expiresAt")->as<double>(), now.count() + kWeek, 3700);
+  EXPECT_EQ(fromCache(first), false);
+
+  auto second = verify("first-key");
+  EXPECT_EQ(fromCache(second), true);
+  EXPECT_EQ(*json(second).find("expiresAt"), *json(first).find("expiresAt"));
+  EXPECT_EQ(requests(), 1U) << "the second run asked nobody";
+
+  EXPECT_EQ(fromCache(verify("second-key")), false);
+  EXPECT_EQ(fromCache(verify("first-key")), false) << "another key has cleared what was kept";
+  EXPECT_EQ(requests(), 3U);
+  EXPECT_EQ(service_.sandbox().refusals(), R"({"refusals":[]})");
+}
+
+TEST_F(VerifyTest, NoSecretIsPrintedOrLogged) {
+  auto finished = verify("first-key", {});
+  ASSERT_EQ(finished.exitCode, 0) << finished.errors;
+  ASSERT_NE(service_.sandbox().requests().find("first-key"), std::string::npos) << "it was sent";
+  for (const auto* text : {&finished.output, &finished.errors}) {
+    EXPECT_EQ(text->find("first-key"), std::string::npos) << *text;
+    EXPECT_EQ(text->find("Basic"), std::string::npos) << *text;
+  }
+}
+
+TEST_F(VerifyTest, FailuresAreTheLineThatTheClientLogs) {
+  const std::string line = "Behavioral Verification failed: ";
+  struct {
+    const char* fault;
+    std::string ends;
+  } cases[] = {
+      {R"("forbidden")", "403"},
+      {R"("unprocessable")", "422"},
+      {R"("server-error")", "500"},
+      {R"("bad-endpoint")", line + "Could not coerce the endpoint into a URL"},
+      {R"("no-content")", line},
+      {R"("malformed")", line},
+      {R"("missing-fields")", line},
+      {R"("wrong-types")", line},
+      {R"("unauthorized")", line},
+      {R"({"kind": "cut", "times": 5})", line + "URLSessionTask failed with error: "},
+  };
+  for (const auto& [fault, part] : cases) {
+    service_.sandbox().setFaults(sandbox::BehaviorPart::verification,
+                                 std::string("[") + fault + "]");
+    auto finished = verify("first-key");
+    EXPECT_EQ(finished.exitCode, 1) << fault;
+    auto report = json(finished);
+    const auto* error = report.find("error");
+    ASSERT_TRUE(error && error->as<std::string>()) << fault << ": " << finished.output;
+    EXPECT_TRUE(error->as<std::string>()->starts_with(line)) << *error->as<std::string>();
+    EXPECT_NE(error->as<std::string>()->find(part), std::string::npos) << *error->as<std::string>();
+    EXPECT_EQ(report.size(), 1U);
+    home_.clear();
+  }
+}
+
+TEST_F(VerifyTest, ADeadlineEndsIt) {
+  service_.sandbox().setFaults(sandbox::BehaviorPart::verification,
+                               R"([{"kind": "slow", "delay": 60000}])");
+  auto finished = verify("first-key", {"--json", "--timeout", "0.2"});
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_NE(finished.output.find("cancelled"), std::string::npos) << finished.output;
+}
+
+TEST_F(VerifyTest, BadUsageExitsWithTwo) {
+  for (const auto& words : {std::vector<std::string>{"verify"},
+                            {"verify", "--api-key", ""},
+                            {"verify", "--api-key", "k", "--service", "nowhere"},
+                            {"verify", "--api-key", "k", "word"}}) {
+    auto line = words;
+    line.insert(line.begin(), QUENWICK_PROGRAM);
+    EXPECT_EQ(runProgram(line).exitCode, 2) << testing::PrintToString(words);
+  }
+}
+
+}  // namespace
+}  // namespace quenwick::tests
