@@ -36,13 +36,6 @@ std::string folderName() {
   return name.empty() || name.front() == '.' ? "_" + name : name;
 }
 
-/// Makes the folder and those above it; the folder itself is the user's alone.
-void makePrivateDirectory(const std::filesystem::path& directory) {
-  std::error_code error;
-  std::filesystem::create_directories(directory.parent_path(), error);
-  if (::mkdir(directory.c_str(), 0700) == 0) ::chmod(directory.c_str(), 0700);
-}
-
 std::filesystem::path applicationDirectory(const char* xdgDirectory) {
   const auto& home = hostConfiguration().home;
   auto directory = (home ? *home : std::filesystem::path(xdgDirectory)) / folderName();
@@ -68,6 +61,12 @@ const HostConfiguration& hostConfiguration() {
 std::filesystem::path settingsDirectory() { return applicationDirectory(g_get_user_config_dir()); }
 
 std::filesystem::path storesDirectory() { return applicationDirectory(g_get_user_data_dir()); }
+
+void makePrivateDirectory(const std::filesystem::path& directory) {
+  std::error_code error;
+  std::filesystem::create_directories(directory.parent_path(), error);
+  if (::mkdir(directory.c_str(), 0700) == 0) ::chmod(directory.c_str(), 0700);
+}
 
 bool makePrivateFile(const std::filesystem::path& file) {
   makePrivateDirectory(file.parent_path());
