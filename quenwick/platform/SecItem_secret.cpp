@@ -196,11 +196,8 @@ class SecretServiceBackend : public SecItemBackend {
     if (isOwnerNew_->exchange(false)) service_.reset();
     if (service_) return service_.get();
     GError* error = nullptr;
-    GObjectPointer<SecretService> made(static_cast<SecretService*>(g_initable_new(
-        SECRET_TYPE_SERVICE, cancellable, &error, "g-connection", connection_.get(), "g-flags",
-        G_DBUS_PROXY_FLAGS_NONE, "g-name", "org.freedesktop.secrets", "g-object-path",
-        "/org/freedesktop/secrets", "g-interface-name", "org.freedesktop.Secret.Service", "flags",
-        SECRET_SERVICE_OPEN_SESSION, nullptr)));
+    GObjectPointer<SecretService> made(secret_service_open_sync(
+        SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, cancellable, &error));
     throwIfSet(error);
     service_ = std::move(made);
     return service_.get();
@@ -209,8 +206,14 @@ class SecretServiceBackend : public SecItemBackend {
   void connect(GCancellable* cancellable) {
     if (connection_ && !g_dbus_connection_is_closed(connection_.get())) return;
     service_.reset();
+    signals_.reset();
+    bool isFirst = true;
+    {
+      std::lock_guard lock(mutex_);
+      isFirst = !std::exchange(connection_, nullptr);
+    }
     auto made = connectToSessionBus(cancellable);
-    observeKeyring(
+    signals_ = std::make_unique<KeyringSignals>(
         made.get(),
         [isOwnerNew = isOwnerNew_, onChange = onChange_](bool isOwnerChange) {
           if (isOwnerChange) *isOwnerNew = true;
@@ -219,9 +222,9 @@ class SecretServiceBackend : public SecItemBackend {
         cancellable);
     {
       std::lock_guard lock(mutex_);
-      std::swap(connection_, made);
+      connection_ = std::move(made);
     }
-    if (made) onChange_();  // nobody told what changed while there was no connection
+    if (!isFirst) onChange_();  // nobody told what changed while there was no connection
   }
 
   const std::string application_;
@@ -229,6 +232,7 @@ class SecretServiceBackend : public SecItemBackend {
   const std::shared_ptr<std::atomic<bool>> isOwnerNew_ = std::make_shared<std::atomic<bool>>(false);
   mutable std::mutex mutex_;
   GObjectPointer<GDBusConnection> connection_;
+  std::unique_ptr<KeyringSignals> signals_;
   GObjectPointer<SecretService> service_;
 };
 
