@@ -3,6 +3,7 @@
 #include <boost/json.hpp>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 
 #include "quenwick/platform/JSONSerialization.h"
 #include "quenwick/platform/Text.h"
@@ -13,6 +14,7 @@ namespace {
 namespace json = boost::json;
 
 constexpr std::size_t kMaximumDepth = 512;
+constexpr std::size_t kFirstCapacity = 1'024;
 
 Value read(const json::value& value) {
   switch (value.kind()) {
@@ -51,7 +53,9 @@ Value read(const json::value& value) {
 class Writer {
  public:
   explicit Writer(JSONWritingOptions options)
-      : isPretty_(options == JSONWritingOptions::prettyPrinted) {}
+      : isPretty_(options == JSONWritingOptions::prettyPrinted) {
+    out_.reserve(kFirstCapacity);
+  }
 
   void write(const Value& value) {
     std::visit([this](const auto& kind) { write(kind); }, value.storage());
@@ -93,33 +97,62 @@ class Writer {
 
   void write(double number) {
     if (!std::isfinite(number)) throw JSONError("a number is not finite");
-    out_ += shortestDecimal(number);
+    // Most numbers are short; the longest has more than 300 digits.
+    std::array<char, 32> digits;
+    auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), number,
+                                      std::chars_format::fixed);
+    if (error != std::errc()) {
+      out_ += shortestDecimal(number);
+      return;
+    }
+    out_.append(digits.data(), end);
+    if (std::find(digits.data(), end, '.') == end) out_ += ".0";
   }
 
   void write(const std::string& text) {
     out_ += '"';
-    if (std::ranges::all_of(text, isPlain)) {
-      out_ += text;
-    } else {
-      if (!isUTF8(text)) throw JSONError("a text is not UTF-8");
-      for (char c : text) writeCharacter(c);
+    const char* end = text.data() + text.size();
+    bool isASCII = true;
+    for (const char* run = text.data();;) {
+      const char* at = endOfRun(run, end, isASCII);
+      out_.append(run, at);
+      if (at == end) break;
+      writeEscaped(*at);
+      run = at + 1;
     }
+    if (!isASCII && !isUTF8(text)) throw JSONError("a text is not UTF-8");
     out_ += '"';
   }
 
-  /// Whether the character stands for itself, and is UTF-8 alone.
-  static bool isPlain(char c) {
-    auto byte = static_cast<unsigned char>(c);
-    return byte >= 0x20 && byte < 0x80 && c != '"' && c != '\\';
+  /// Where the characters that stand for themselves end; notes those beyond ASCII.
+  static const char* endOfRun(const char* at, const char* end, bool& isASCII) {
+    for (;;) {
+      while (end - at >= 8 && isPlain(at)) at += 8;
+      if (at == end) return at;
+      auto byte = static_cast<unsigned char>(*at);
+      if (byte < 0x20 || byte == '"' || byte == '\\') return at;
+      if (byte >= 0x80) isASCII = false;
+      ++at;
+    }
   }
 
-  void writeCharacter(char c) {
+  /// Whether none of the eight bytes is a control character, a quote, a backslash or beyond ASCII.
+  static bool isPlain(const char* eight) {
+    constexpr std::uint64_t kOnes = 0x0101010101010101;
+    std::uint64_t bytes;
+    std::memcpy(&bytes, eight, sizeof bytes);
+    auto quotes = bytes ^ (kOnes * '"');
+    auto backslashes = bytes ^ (kOnes * '\\');
+    // The top bit of a byte is set where it is less than what is taken away, or beyond ASCII.
+    auto marked = bytes | (bytes - kOnes * 0x20) | (quotes - kOnes) | (backslashes - kOnes);
+    return (marked & (kOnes * 0x80)) == 0;
+  }
+
+  void writeEscaped(char c) {
     static constexpr std::string_view kControls = "\b\t\n\f\r";
     static constexpr std::string_view kLetters = "btnfr";
     auto byte = static_cast<unsigned char>(c);
-    if (isPlain(c) || byte >= 0x80) {
-      out_ += c;
-    } else if (byte >= 0x20) {
+    if (byte >= 0x20) {
       (out_ += '\\') += c;
     } else if (auto at = kControls.find(c); at != kControls.npos) {
       (out_ += '\\') += kLetters[at];
