@@ -86,30 +86,23 @@ class SecretServiceBackend : public SecItemBackend {
     OneSecond second;
     auto collection = unlockedCollection(second.cancellable());
     if (!find(key, second.cancellable()).empty()) return std::nullopt;
-    auto all = attributes(key);
-    put(all, "generic", item.generic);
-    put(all, "accessible", item.accessible);
-    auto label = key.account + " (" + application_ + ")";
-    GError* error = nullptr;
-    GObjectPointer<SecretItem> made(secret_item_create_sync(
-        collection.get(), schema(), all.get(), label.c_str(), secretOf(item.data).get(),
-        SECRET_ITEM_CREATE_REPLACE, second.cancellable(), &error));
-    throwIfSet(error);
-    item.reference = pathOf(made.get());
+    item.reference = pathOf(create(collection, key, item, second.cancellable()).get());
     return item;
   }
 
+  // By an item that takes the old one's place: setting an item's secret is told to nobody.
   bool update(const SecItemKey& key, const Bytes& data) override {
     OwnMainContext context;
     OneSecond second;
-    unlockedCollection(second.cancellable());
+    auto collection = unlockedCollection(second.cancellable());
     auto found = find(key, second.cancellable());
-    for (const auto& item : found) {
-      GError* error = nullptr;
-      secret_item_set_secret_sync(item.get(), secretOf(data).get(), second.cancellable(), &error);
-      throwIfSet(error);
-    }
-    return !found.empty();
+    if (found.empty()) return false;
+    Attributes before(secret_item_get_attributes(found.front().get()));
+    SecItem item{text(before, "generic"), text(before, "accessible"), data};
+    auto path = pathOf(create(collection, key, item, second.cancellable()).get());
+    std::erase_if(found, [&](const auto& other) { return pathOf(other.get()) == path; });
+    remove(found, second.cancellable());  // from other collections
+    return true;
   }
 
   bool remove(const SecItemKey& key) override {
@@ -117,11 +110,7 @@ class SecretServiceBackend : public SecItemBackend {
     OneSecond second;
     unlockedCollection(second.cancellable());
     auto found = find(key, second.cancellable());
-    for (const auto& item : found) {
-      GError* error = nullptr;
-      secret_item_delete_sync(item.get(), second.cancellable(), &error);
-      throwIfSet(error);
-    }
+    remove(found, second.cancellable());
     return !found.empty();
   }
 
@@ -163,6 +152,30 @@ class SecretServiceBackend : public SecItemBackend {
     return found;
   }
 
+  GObjectPointer<SecretItem> create(const GObjectPointer<SecretCollection>& collection,
+                                    const SecItemKey& key, const SecItem& item,
+                                    GCancellable* cancellable) const {
+    auto all = attributes(key);
+    put(all, "generic", item.generic);
+    put(all, "accessible", item.accessible);
+    auto label = key.account + " (" + application_ + ")";
+    GError* error = nullptr;
+    GObjectPointer<SecretItem> made(secret_item_create_sync(
+        collection.get(), schema(), all.get(), label.c_str(), secretOf(item.data).get(),
+        SECRET_ITEM_CREATE_REPLACE, cancellable, &error));
+    throwIfSet(error);
+    if (!made) throw SecItemError(errSecNotAvailable, "the keyring made no item");
+    return made;
+  }
+
+  static void remove(const FoundItems& items, GCancellable* cancellable) {
+    for (const auto& item : items) {
+      GError* error = nullptr;
+      secret_item_delete_sync(item.get(), cancellable, &error);
+      throwIfSet(error);
+    }
+  }
+
   static void refuseLocked(gboolean isLocked) {
     if (isLocked) throw SecItemError(errSecInteractionNotAllowed, "the keyring is locked");
   }
@@ -199,6 +212,7 @@ class SecretServiceBackend : public SecItemBackend {
     GObjectPointer<SecretService> made(secret_service_open_sync(
         SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, cancellable, &error));
     throwIfSet(error);
+    if (!made) throw SecItemError(errSecNotAvailable, "the keyring does not answer");
     service_ = std::move(made);
     return service_.get();
   }

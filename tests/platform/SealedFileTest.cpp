@@ -20,15 +20,31 @@ using tests::becomes;
 using tests::data;
 using tests::item;
 
+constexpr auto kKeysService = "com.example.keys";
+
+/// What a process has left that kept fifty items, "a0" and so on, and ended.
+struct Left {
+  Left() {
+    auto finished = tests::runProgram(place.keys({"write", "a"}));
+    EXPECT_EQ(finished.exitCode, 0) << finished.errors;
+  }
+
+  /// Changes the database from outside; no process has it open.
+  void change(const std::string& statement) const {
+    auto changed = tests::runProgram({"sqlite3", file.string(), statement});
+    EXPECT_EQ(changed.exitCode, 0) << changed.errors;
+  }
+  SecItemStore& open() { return place.openOfKeys(); }
+
+  tests::SecretPlace place{SecItemBackendKind::sealedFile};
+  const std::filesystem::path folder = place.folder() / "com.example.keys";
+  const std::filesystem::path file = folder / "keychain.sqlite";
+  const std::filesystem::path key = folder / "keychain.sqlite-key";
+};
+
 class SealedFileTest : public testing::Test {
  protected:
   SecItemStore& open() { return place_.open(); }
-
-  /// Changes the database from outside, where no process has it open for writing.
-  void change(const std::string& statement) {
-    auto changed = tests::runProgram({"sqlite3", file_.string(), statement});
-    ASSERT_EQ(changed.exitCode, 0) << changed.errors;
-  }
 
   tests::SecretPlace place_{SecItemBackendKind::sealedFile};
   const std::filesystem::path file_ = place_.folder() / "keychain.sqlite";
@@ -80,42 +96,39 @@ TEST_F(SealedFileTest, TheSameSecretIsNeverSealedTheSameWay) {
 // Whoever can write the file cannot have one item read as another, nor change an item's names.
 TEST_F(SealedFileTest, WhatWasChangedFromOutsideDoesNotOpenAndTheRestDoes) {
   const std::vector<std::string> changes = {
-      "UPDATE items SET sealed = (SELECT sealed FROM items WHERE account = 'b') WHERE account = "
-      "'a'",
-      "UPDATE items SET account = 'a' WHERE account = 'c'",
-      "UPDATE items SET service = 'another' WHERE account = 'a'",
-      "UPDATE items SET generic = 'b' WHERE account = 'a'",
-      "UPDATE items SET accessible = 'b' WHERE account = 'a'",
-      "UPDATE items SET reference = 'b' WHERE account = 'a'",
-      "UPDATE items SET sealed = substr(sealed, 1, length(sealed) - 1) WHERE account = 'a'",
-      "UPDATE items SET sealed = x'00' WHERE account = 'a'",
-      "UPDATE items SET sealed = 5 WHERE account = 'a'"};
+      "UPDATE items SET sealed = (SELECT sealed FROM items WHERE account = 'a1') WHERE account = "
+      "'a0'",
+      "UPDATE items SET account = 'a0' WHERE account = 'a2'",
+      "UPDATE items SET service = 'another' WHERE account = 'a0'",
+      "UPDATE items SET generic = 'b' WHERE account = 'a0'",
+      "UPDATE items SET accessible = 'b' WHERE account = 'a0'",
+      "UPDATE items SET reference = 'b' WHERE account = 'a0'",
+      "UPDATE items SET sealed = substr(sealed, 1, length(sealed) - 1) WHERE account = 'a0'",
+      "UPDATE items SET sealed = x'00' WHERE account = 'a0'",
+      "UPDATE items SET sealed = 5 WHERE account = 'a0'"};
   for (const auto& statement : changes) {
     SCOPED_TRACE(statement);
-    auto& store = open();
-    store.remove(item("a"));
-    for (auto account : {"a", "b", "c"}) add(store, account, std::string("value of ") + account);
-    if (statement.find("'c'") != std::string::npos) change("DELETE FROM items WHERE account = 'a'");
-    change(statement);
+    Left left;
+    if (statement.find("a2") != std::string::npos)
+      left.change("DELETE FROM items WHERE account = 'a0'");
+    left.change(statement);
     auto log = tests::RecordingLog::install();
-    auto& later = open();
-    EXPECT_EQ(data(later, "a"), std::nullopt);
-    EXPECT_EQ(data(later, "a", "another"), std::nullopt);
-    EXPECT_EQ(data(later, "b"), "value of b");
+    auto& store = left.open();
+    EXPECT_EQ(data(store, "a0", kKeysService), std::nullopt);
+    EXPECT_EQ(data(store, "a0", "another"), std::nullopt);
+    EXPECT_EQ(data(store, "a1", kKeysService), "value of a1");
     EXPECT_EQ(log->count("error: Items of the keychain were changed from outside"), 1);
-    later.update(item("a"), {.kSecValueData = "anew"});
-    change("DELETE FROM items");
   }
 }
 
 TEST_F(SealedFileTest, AnItemThatDoesNotOpenCanBeWrittenAnew) {
-  add(open(), "a", "value");
-  change("UPDATE items SET sealed = x'00'");
-  auto& store = open();
-  EXPECT_EQ(add(store, "a", "value"), errSecDuplicateItem);
-  EXPECT_EQ(store.update(item("a"), {.kSecValueData = "anew"}), errSecSuccess);
-  EXPECT_TRUE(becomes(store, "a", "anew"));
-  EXPECT_EQ(data(open(), "a"), "anew");
+  Left left;
+  left.change("UPDATE items SET sealed = x'00'");
+  auto& store = left.open();
+  auto query = item("a0", kKeysService);
+  EXPECT_EQ(store.add(query), errSecDuplicateItem);
+  EXPECT_EQ(store.update(query, {.kSecValueData = "anew"}), errSecSuccess);
+  EXPECT_EQ(data(left.open(), "a0", kKeysService), "anew");
 }
 
 TEST_F(SealedFileTest, DamagedFilesAreSetAsideWithOneLineAndNewOnesBegun) {
@@ -124,33 +137,34 @@ TEST_F(SealedFileTest, DamagedFilesAreSetAsideWithOneLineAndNewOnesBegun) {
   };
   struct Case {
     const char* name;
-    std::function<void()> damage;
+    std::function<void(const Left&)> damage;
   };
   const std::vector<Case> cases = {
-      {"the database is garbage", [&] { write(file_, std::string(5000, 'x')); }},
-      {"the key is cut short", [&] { write(key_, "short"); }},
-      {"the key is too long", [&] { write(key_, std::string(5000, 'x')); }},
-      {"the key is empty", [&] { write(key_, ""); }},
-      {"the key is another one", [&] { write(key_, std::string(32, 'x')); }},
-      {"the key is gone", [&] { std::filesystem::remove(key_); }},
-      {"the database has other tables", [&] {
-         change("DROP TABLE items");
-         change("CREATE TABLE items(a)");
+      {"the database is garbage",
+       [&](const Left& left) {
+         write(left.file, std::string(5000, 'x'));
+         std::filesystem::remove(left.file.string() + "-wal");  // which would mend it
+       }},
+      {"the key is cut short", [&](const Left& left) { write(left.key, "short"); }},
+      {"the key is too long", [&](const Left& left) { write(left.key, std::string(5000, 'x')); }},
+      {"the key is empty", [&](const Left& left) { write(left.key, ""); }},
+      {"the key is another one", [&](const Left& left) { write(left.key, std::string(32, 'x')); }},
+      {"the key is gone", [&](const Left& left) { std::filesystem::remove(left.key); }},
+      {"the database has other tables", [&](const Left& left) {
+         left.change("DROP TABLE items");
+         left.change("CREATE TABLE items(a)");
        }}};
   for (const auto& [name, damage] : cases) {
     SCOPED_TRACE(name);
-    tests::runProgram(place_.keys({"write", "a"}));  // a process that ends: nothing is left open
-    add(open(), "account", "lost");
-    damage();
-    for (auto companion : {"-wal", "-shm"}) std::filesystem::remove(file_.string() + companion);
+    Left left;
+    damage(left);
     auto log = tests::RecordingLog::install();
-    auto& store = open();
-    EXPECT_EQ(data(store, "account"), std::nullopt);
+    auto& store = left.open();
+    EXPECT_EQ(data(store, "a0", kKeysService), std::nullopt);
     EXPECT_EQ(add(store, "account", "new"), errSecSuccess);
-    EXPECT_EQ(data(open(), "account"), "new");
-    EXPECT_EQ(log->count("error: "), 1);
+    EXPECT_EQ(data(left.open(), "account"), "new");
+    EXPECT_EQ(log->count("error: "), 1) << testing::PrintToString(log->lines());
     EXPECT_EQ(log->count("set aside"), 1);
-    store.remove(item("account"));
   }
 }
 
