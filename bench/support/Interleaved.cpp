@@ -46,8 +46,8 @@ bool compare(const Comparison& comparison) {
     }
   }
   auto ratio = median(ratios);
-  std::printf("%-34s %9.1f us  curl %9.1f us  ratio %.3f  target %.2f  %s\n",
-              comparison.name.c_str(), median(ours), median(theirs), ratio, comparison.target,
+  std::printf("%-34s %9.1f us  %s %9.1f us  ratio %.3f  target %.2f  %s\n", comparison.name.c_str(),
+              median(ours), comparison.other.c_str(), median(theirs), ratio, comparison.target,
               ratio <= comparison.target ? "met" : "NOT MET");
   std::fflush(stdout);
   return true;

@@ -10,6 +10,8 @@ using Side = std::function<bool()>;
 
 struct Comparison {
   std::string name;
+  /// What the other side is.
+  std::string other = "curl";
   /// The largest ratio of ours to theirs that is asked for.
   double target = 0;
   int rounds = 0;

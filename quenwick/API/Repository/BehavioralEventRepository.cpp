@@ -1,11 +1,10 @@
 #include "quenwick/API/Repository/BehavioralEventRepository.h"
 
-#include "quenwick/API/Requesters/BehavioralEventRequester.h"
-#include "quenwick/API/Stack/APISource.h"
+#include "quenwick/API/APIService/APIService.h"
 
 namespace quenwick {
 
 BehavioralEventRepository::BehavioralEventRepository(const platform::URL& url)
-    : api_(std::make_shared<BehavioralEventRequester>(APISource::manager({}), url)) {}
+    : api_(APIService::shared()->behavioralEvent(APIService::Host::custom(url))->requester()) {}
 
 }  // namespace quenwick

@@ -28,13 +28,9 @@ class FirstValue {
   bool await_suspend(std::coroutine_handle<> awaiting) {
     auto state = state_;
     state->awaiting = awaiting;
-    auto receive = [state](T value) {
-      state->value = std::move(value);
-      state->end();
-    };
+    auto receive = [state](T value) { state->end(std::move(value), nullptr); };
     auto complete = [state](std::exception_ptr failure) {
-      state->failure = failure ? failure : std::make_exception_ptr(MissingOutputError());
-      state->end();
+      state->end(std::nullopt, failure ? failure : std::make_exception_ptr(MissingOutputError()));
     };
     state->subscriptions->keep(state->id, publisher_.subscribe({receive, complete}));
     return !state->hasMet.exchange(true);
@@ -50,8 +46,12 @@ class FirstValue {
     explicit State(std::shared_ptr<Subscriptions> keeper)
         : subscriptions(std::move(keeper)), id(subscriptions->reserve()) {}
 
-    /// Ends the subscription and, where the task is suspended already, takes it on.
-    void end() {
+    /// Ends the subscription and, where the task is suspended already, takes it on. What comes
+    /// after the first value does not matter.
+    void end(std::optional<T> first, std::exception_ptr error) {
+      if (std::exchange(hasEnded, true)) return;
+      value = std::move(first);
+      failure = error;
       subscriptions->end(id);
       if (hasMet.exchange(true)) awaiting.resume();
     }
@@ -61,6 +61,7 @@ class FirstValue {
     std::coroutine_handle<> awaiting;
     std::optional<T> value;
     std::exception_ptr failure;
+    bool hasEnded = false;
     /// Set by the outcome and by the suspension; the later of the two takes the task on.
     std::atomic<bool> hasMet = false;
   };
