@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "quenwick/API/APIService/APIService.h"
 #include "quenwick/client/HookLog.h"
 #include "quenwick/client/HostCalls.h"
 #include "quenwick/client/HostExecutor.h"
 #include "quenwick/platform/HostConfiguration.h"
+#include "quenwick/platform/KeysThread.h"
 #include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/MainActor.h"
 #include "quenwick/platform/Text.h"
@@ -79,6 +81,10 @@ bool Lifecycle::take(Configuration configuration) {
     platform::setLogSink(std::make_shared<HookLog>(configuration.logHook));
   }
   configuration_ = std::move(configuration);
+  auto service = configuration_.serviceURL ? webURL(*configuration_.serviceURL) : std::nullopt;
+  APIService::setShared(std::make_shared<APIService>(
+      service ? APIService::Host::custom(*service) : APIService::Host::production(),
+      sessionBasis()));
   return true;
 }
 
@@ -92,8 +98,12 @@ bool Lifecycle::enter() {
 }
 
 platform::URLSessionConfiguration Lifecycle::sessionConfiguration() {
-  platform::URLSessionConfiguration session;
   std::lock_guard lock(mutex_);
+  return sessionBasis();
+}
+
+platform::URLSessionConfiguration Lifecycle::sessionBasis() const {
+  platform::URLSessionConfiguration session;
   session.additionalTrustAnchors = configuration_.trustAnchors;
   for (const auto& [host, port, toAddress, toPort] : configuration_.connectTo) {
     session.connectTo.push_back({host, port, toAddress, toPort});
@@ -101,24 +111,22 @@ platform::URLSessionConfiguration Lifecycle::sessionConfiguration() {
   return session;
 }
 
-std::optional<platform::URL> Lifecycle::serviceURL() {
-  std::lock_guard lock(mutex_);
-  return configuration_.serviceURL ? webURL(*configuration_.serviceURL) : std::nullopt;
+bool Lifecycle::writesAreDone(std::chrono::nanoseconds atMost) {
+  auto end = std::chrono::steady_clock::now() + atMost;
+  bool isDone = platform::writer().drain(std::max(atMost, std::chrono::nanoseconds(0)));
+  auto left = end - std::chrono::steady_clock::now();
+  return platform::keysThread().drain(std::max(left, std::chrono::steady_clock::duration(0))) &&
+         isDone;
 }
 
 bool Lifecycle::shutDown(std::chrono::nanoseconds atMost) {
-  auto end = std::chrono::steady_clock::now() + atMost;
   isShutDown_ = true;
+  stop_.request_stop();
   bool hasEnded = HostCalls::shared().close(atMost);
   platform::setLogSink(nullptr);
-  stop_.request_stop();
-  auto left = std::max(end - std::chrono::steady_clock::now(), std::chrono::nanoseconds(0));
-  hasEnded &= platform::writer().drain(left);
-  {
-    std::lock_guard lock(mutex_);
-    configuration_ = {};
-  }
   platform::MainActor::setExecutor(nullptr);
+  std::lock_guard lock(mutex_);
+  configuration_ = {};
   return hasEnded;
 }
 

@@ -23,18 +23,21 @@ class Lifecycle {
   /// line, once it was shut down.
   bool enter();
 
-  /// What was configured for sessions and the service.
+  /// What was configured for every session.
   platform::URLSessionConfiguration sessionConfiguration();
-  std::optional<platform::URL> serviceURL();
 
   /// Asked to stop when the library is shut down.
   std::stop_token stopToken() { return stop_.get_token(); }
+
+  /// Waits until all that is kept is on disk, at most for the duration; whether it is.
+  static bool writesAreDone(std::chrono::nanoseconds atMost);
 
   /// No call into the host begins from now on. Whether all that runs has ended in time.
   bool shutDown(std::chrono::nanoseconds atMost);
 
  private:
   bool take(Configuration configuration);
+  platform::URLSessionConfiguration sessionBasis() const;
 
   std::mutex mutex_;
   Configuration configuration_;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "quenwick/client/DeeplinkHandlers.h"
+#include "quenwick/client/Ending.h"
 #include "quenwick/client/HostCalls.h"
 #include "quenwick/client/Lifecycle.h"
 #include "quenwick/deeplink/DeeplinkManager.h"
@@ -21,29 +22,6 @@ std::string shown(std::string_view link) {
   return platform::escapedControls(link.substr(0, kLongestShown));
 }
 
-/// What may end a resolution before its time, all in one.
-struct Ending {
-  std::stop_source source;
-  platform::Cancellable deadline;
-  std::stop_callback<std::function<void()>> onStop;
-  std::stop_callback<std::function<void()>> onShutDown;
-
-  explicit Ending(const ResolveOptions& options)
-      : deadline(deadlineOf(options, source)),
-        onStop(options.stop, stop()),
-        onShutDown(Lifecycle::shared().stopToken(), stop()) {}
-
-  std::function<void()> stop() {
-    return [ending = source]() mutable { ending.request_stop(); };
-  }
-
-  static platform::Cancellable deadlineOf(const ResolveOptions& options, std::stop_source ending) {
-    if (!options.deadline) return {};
-    return platform::postAfter(*options.deadline, platform::pool(),
-                               [ending]() mutable { ending.request_stop(); });
-  }
-};
-
 platform::Task<DeeplinkResult> outcomeOf(DeeplinkManager manager, std::stop_token stop) {
   try {
     co_return (co_await manager.resolve(std::move(stop))).absoluteString();
@@ -54,7 +32,7 @@ platform::Task<DeeplinkResult> outcomeOf(DeeplinkManager manager, std::stop_toke
 
 platform::Task<void> resolveInto(DeeplinkManager manager, std::shared_ptr<Ending> ending,
                                  std::function<void(const DeeplinkResult&)> completion) {
-  completion(co_await outcomeOf(std::move(manager), ending->source.get_token()));
+  completion(co_await outcomeOf(std::move(manager), ending->token()));
 }
 
 }  // namespace
@@ -99,7 +77,7 @@ void LinkIntake::resolve(std::string_view link, const ResolveOptions& options,
                                   failure = DeeplinkResult(failure)] { completion(failure); });
   }
   platform::startTask(resolveInto(DeeplinkManager(*url, session()),
-                                  std::make_shared<Ending>(options), std::move(completion)));
+                                  std::make_shared<Ending>(options.stop, options.deadline), std::move(completion)));
 }
 
 void LinkIntake::deliver(const DeeplinkResult& result) {

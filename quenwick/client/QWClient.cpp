@@ -5,8 +5,7 @@
 
 #include "quenwick/client/DeeplinkHandlers.h"
 #include "quenwick/client/Lifecycle.h"
-#include "quenwick/logging/Logger.h"
-#include "quenwick/platform/Bundle.h"
+#include "quenwick/events/BehaviorEventManager.h"
 #include "quenwick/state/Analytics.h"
 
 namespace quenwick {
@@ -26,6 +25,8 @@ Shared& sharedClient() {
 
 struct QWClient::State {
   DeeplinkHandlers deeplinkHandlers;
+  std::once_flag hasEventManager;
+  std::unique_ptr<BehaviorEventManager> eventManager;
 };
 
 QWClient::QWClient() : state_(std::make_unique<State>()) {
@@ -48,6 +49,12 @@ void QWClient::setShared(std::shared_ptr<QWClient> client) {
   auto& shared = sharedClient();
   std::lock_guard lock(shared.mutex);
   shared.client.swap(client);
+}
+
+BehaviorEventManager& QWClient::eventManager() {
+  std::call_once(state_->hasEventManager,
+                 [this] { state_->eventManager = std::make_unique<BehaviorEventManager>(); });
+  return *state_->eventManager;
 }
 
 DeeplinkHandlers& QWClient::deeplinkHandlers() { return state_->deeplinkHandlers; }

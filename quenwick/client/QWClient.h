@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <concepts>
 #include <functional>
 #include <future>
 #include <map>
@@ -12,6 +13,9 @@
 #include <string_view>
 #include <vector>
 
+#include "quenwick/API/Models/OrderCompletedProperties.h"
+#include "quenwick/API/Models/ProductProperties.h"
+#include "quenwick/API/Models/ProductSearchedProperties.h"
 #include "quenwick/client/Configuration.h"
 #include "quenwick/client/DeeplinkResult.h"
 #include "quenwick/client/OpeningLinks.h"
@@ -86,6 +90,9 @@ class QWClient {
   /// time: the next replaces it, and an empty one removes it.
   static void setEventsEnabledHandler(std::function<void()> handler);
 
+  /// Sends the events; made on first use.
+  BehaviorEventManager& eventManager();
+
   /// Which categories are logged: all until changed.
   static QWLogType enabledLogTypes();
   static void setEnabledLogTypes(QWLogType types);
@@ -136,11 +143,78 @@ class QWClient {
   /// Sets it; none removes it. It is on disk within a tenth of a second.
   static void setQWU(std::optional<std::string> value);
 
+  // Events. A dictionary is checked, and refused with an error line where it lacks something or
+  // holds what JSON cannot; a moved one is not copied. Events go out in the order of the calls;
+  // one offered while events are not enabled is refused with a line, and what became of each is
+  // logged.
+
+  /// A product was looked at.
+  static void productViewed(Dictionary dictionary);
+  template <std::same_as<ProductProperties> Properties>
+  static void productViewed(Properties properties) {
+    productViewedTyped(std::move(properties));
+  }
+  /// A product was put into the cart.
+  static void productAdded(Dictionary dictionary);
+  template <std::same_as<ProductProperties> Properties>
+  static void productAdded(Properties properties) {
+    productAddedTyped(std::move(properties));
+  }
+  /// A product was taken out of the cart.
+  static void productRemoved(Dictionary dictionary);
+  template <std::same_as<ProductProperties> Properties>
+  static void productRemoved(Properties properties) {
+    productRemovedTyped(std::move(properties));
+  }
+  /// An order was placed; a dictionary needs one product at least.
+  static void orderCompleted(Dictionary dictionary);
+  template <std::same_as<OrderCompletedProperties> Properties>
+  static void orderCompleted(Properties properties) {
+    orderCompletedTyped(std::move(properties));
+  }
+  /// A category was looked at.
+  static void categoryViewed(Dictionary dictionary);
+  template <std::same_as<ProductCategory> Properties>
+  static void categoryViewed(Properties category) {
+    categoryViewedTyped(std::move(category));
+  }
+  /// Products were searched. Of searches within half a second of each other the last is sent.
+  static void productSearched(Dictionary dictionary);
+  template <std::same_as<ProductSearchedProperties> Properties>
+  static void productSearched(Properties properties) {
+    productSearchedTyped(std::move(properties));
+  }
+  /// The user is known to the application by that identifier.
+  static void identifyUser(std::string_view id);
+  /// The same with the link-user identifier; nothing where there is none.
+  static void identifyUser();
+  /// An event of the application's own.
+  static void logEvent(std::string_view name, Dictionary properties = {});
+
+  // The end
+
+  /// Sends a search that still waits for the user to pause, and waits until the service has
+  /// answered for every event and all that is kept is on disk; at most for the duration. Whether
+  /// it is so. May be called on the main thread, which it blocks that long.
+  static bool flush(std::chrono::nanoseconds atMost);
+
+  /// Ends the library in this process: calls no handler, publisher's receiver or hook any more when
+  /// it returns, releases them, ends resolutions, and waits until all that is kept is on disk; at
+  /// most for the duration. Whether all of it has ended. Events that were not sent by then are
+  /// lost: `flush` first. Every later call is refused with an error line.
+  static bool shutdown(std::chrono::nanoseconds atMost);
+
  private:
   friend class LinkIntake;
   struct State;
 
   static bool enter();
+  static void productViewedTyped(ProductProperties properties);
+  static void productAddedTyped(ProductProperties properties);
+  static void productRemovedTyped(ProductProperties properties);
+  static void orderCompletedTyped(OrderCompletedProperties properties);
+  static void categoryViewedTyped(ProductCategory category);
+  static void productSearchedTyped(ProductSearchedProperties properties);
   DeeplinkHandlers& deeplinkHandlers();
 
   std::unique_ptr<State> state_;

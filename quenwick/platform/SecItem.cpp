@@ -18,6 +18,8 @@ OSStatus SecItemCopyMatching(const SecItemQuery& query, std::optional<Bytes>& re
 
 OSStatus SecItemDelete(const SecItemQuery& query) { return SecItemStore::standard().remove(query); }
 
+bool SecItemsAreInMemory() { return SecItemStore::standard().isInMemory(); }
+
 std::optional<SecItemBackendKind> secItemBackend() { return SecItemStore::standard().backend(); }
 
 }  // namespace quenwick::platform

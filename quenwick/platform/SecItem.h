@@ -52,6 +52,10 @@ OSStatus SecItemUpdate(const SecItemQuery& query, const SecItemQuery& attributes
 OSStatus SecItemCopyMatching(const SecItemQuery& query, std::optional<Bytes>& result);
 OSStatus SecItemDelete(const SecItemQuery& query);
 
+/// Whether items are read from memory, so that `SecItemCopyMatching` waits for nothing; from then
+/// on for good.
+bool SecItemsAreInMemory();
+
 /// Where this install keeps its secrets, decided by the first use; none where that cannot be
 /// settled (no place to record it).
 std::optional<SecItemBackendKind> secItemBackend();

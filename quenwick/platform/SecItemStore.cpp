@@ -169,6 +169,11 @@ std::optional<SecItemBackendKind> SecItemStore::backend() {
   return kind_;
 }
 
+bool SecItemStore::isInMemory() const {
+  std::lock_guard lock(mutex_);
+  return known_.has_value();
+}
+
 /// What memory says; none while nothing was loaded yet.
 std::optional<OSStatus> SecItemStore::answer(const SecItemQuery& query,
                                              std::optional<Bytes>& result) const {

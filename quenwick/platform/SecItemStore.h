@@ -40,6 +40,9 @@ class SecItemStore {
   OSStatus remove(const SecItemQuery& query);
   std::optional<SecItemBackendKind> backend();
 
+  /// Whether the items have been read, so that the next read waits for nothing.
+  bool isInMemory() const;
+
  private:
   explicit SecItemStore(Options options) : options_(std::move(options)) {}
 

@@ -17,6 +17,13 @@ Shared& holder() {
   return instance;
 }
 
+std::shared_ptr<APISessionManager> managerOver(platform::URLSessionConfiguration basis) {
+  return APISource::manager({.requestTimeout = 60,
+                             .resourceTimeout = 60,
+                             .cachePolicy = platform::CachePolicy::useProtocolCachePolicy,
+                             .basis = std::move(basis)});
+}
+
 }  // namespace
 
 APIService::Host APIService::Host::production() {
@@ -25,12 +32,13 @@ APIService::Host APIService::Host::production() {
 
 APIService::BehaviorVerificationSource::BehaviorVerificationSource(
     const Host& host, platform::URLSessionConfiguration basis)
-    : requester_(std::make_shared<BehavioralVerificationRequester>(
-          manager({.requestTimeout = 60,
-                   .resourceTimeout = 60,
-                   .cachePolicy = platform::CachePolicy::useProtocolCachePolicy,
-                   .basis = std::move(basis)}),
-          host.url())) {}
+    : requester_(std::make_shared<BehavioralVerificationRequester>(managerOver(std::move(basis)),
+                                                                   host.url())) {}
+
+APIService::BehavioralEventSource::BehavioralEventSource(const Host& host,
+                                                         platform::URLSessionConfiguration basis)
+    : requester_(
+          std::make_shared<BehavioralEventRequester>(managerOver(std::move(basis)), host.url())) {}
 
 std::shared_ptr<APIService> APIService::shared() {
   std::lock_guard lock(holder().mutex);
@@ -54,6 +62,11 @@ std::shared_ptr<APIService::BehaviorVerificationSource> APIService::behavioralVe
     verification_ = std::make_shared<BehaviorVerificationSource>(host_, basis_);
   });
   return verification_;
+}
+
+std::shared_ptr<APIService::BehavioralEventSource> APIService::behavioralEvent(
+    const Host& host) const {
+  return std::make_shared<BehavioralEventSource>(host, basis_);
 }
 
 }  // namespace quenwick

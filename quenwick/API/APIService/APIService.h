@@ -3,6 +3,7 @@
 #include <memory>
 #include <mutex>
 
+#include "quenwick/API/Requesters/BehavioralEventRequester.h"
 #include "quenwick/API/Requesters/BehavioralVerificationRequester.h"
 #include "quenwick/API/Stack/APISource.h"
 
@@ -36,6 +37,18 @@ class APIService {
     std::shared_ptr<BehavioralVerificationRequester> requester_;
   };
 
+  /// The API of events; its host is the endpoint that the handshake named.
+  class BehavioralEventSource : public APISource {
+   public:
+    BehavioralEventSource(const Host& host, platform::URLSessionConfiguration basis);
+
+    const platform::URL& url() const override { return requester_->baseURL(); }
+    const std::shared_ptr<BehavioralEventRequester>& requester() const { return requester_; }
+
+   private:
+    std::shared_ptr<BehavioralEventRequester> requester_;
+  };
+
   /// The process's own; made for the production host on first use.
   static std::shared_ptr<APIService> shared();
 
@@ -47,6 +60,9 @@ class APIService {
 
   /// Made on first use and kept.
   std::shared_ptr<BehaviorVerificationSource> behavioralVerification();
+
+  /// A new one for each call.
+  std::shared_ptr<BehavioralEventSource> behavioralEvent(const Host& host) const;
 
  private:
   Host host_;

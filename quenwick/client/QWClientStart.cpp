@@ -1,0 +1,105 @@
+#include <utility>
+
+#include "quenwick/API/Repository/BehavioralVerificationRepository.h"
+#include "quenwick/client/BehaviorRegistration.h"
+#include "quenwick/client/DeeplinkHandlers.h"
+#include "quenwick/client/Ending.h"
+#include "quenwick/client/EventsEnabled.h"
+#include "quenwick/client/Lifecycle.h"
+#include "quenwick/client/QWClient.h"
+#include "quenwick/events/BehaviorEventManager.h"
+#include "quenwick/logging/Logger.h"
+#include "quenwick/platform/Bundle.h"
+#include "quenwick/platform/Task.h"
+
+namespace quenwick {
+namespace {
+
+constexpr auto kAPIKeyKey = "quen_wick_api_key";
+
+platform::Task<platform::URL> endpointFor(std::string apiKey, std::stop_token stop) {
+  co_return co_await BehavioralVerificationRepository().verify(std::move(apiKey), std::move(stop));
+}
+
+platform::Task<void> enableEvents(std::string apiKey, std::stop_source own,
+                                  std::shared_ptr<Ending> ending) {
+  std::exception_ptr failure;
+  try {
+    auto endpoint = co_await endpointFor(std::move(apiKey), ending->token());
+    QWClient::shared()->eventManager().start(endpoint);
+    EventsEnabled::shared().announce();
+  } catch (...) {
+    failure = std::current_exception();
+  }
+  if (failure) Logger::error(QWLogType::behaviorEvent, verificationFailureLine(failure));
+}
+
+/// What both forms of `start` do once the handler is set.
+void begin(const std::vector<std::string>& deeplinkDomains, const LaunchOptions& launchOptions) {
+  QWClient::registerDeeplinkDomains(deeplinkDomains);
+  QWClient::registerDeeplinkDomainsFromPlist();
+  QWClient::handleURLFromLaunchOptions(launchOptions);
+}
+
+void registerForBehaviors(const std::optional<std::string>& apiKey) {
+  if (apiKey) {
+    QWClient::registerForBehaviors(*apiKey);
+  } else {
+    QWClient::registerForBehaviorsFromPlist();
+  }
+}
+
+}  // namespace
+
+void QWClient::start(StartOptions options) {
+  if (!enter()) return;
+  shared()->deeplinkHandlers().setHandler(std::move(options.deeplinkHandler));
+  begin(options.deeplinkDomains, options.launchOptions);
+  if (options.shouldRegisterForBehaviorEvents) quenwick::registerForBehaviors(options.apiKey);
+}
+
+void QWClient::startWithResult(StartWithResultOptions options) {
+  if (!enter()) return;
+  shared()->deeplinkHandlers().setCompatibilityHandler(std::move(options.result));
+  begin(options.deeplinkDomains, options.launchOptions);
+  quenwick::registerForBehaviors(options.apiKey);
+}
+
+std::optional<TaskHandle> QWClient::registerForBehaviors(std::string_view apiKey) {
+  if (!enter()) return std::nullopt;
+  std::stop_source own;
+  auto ending = std::make_shared<Ending>(own.get_token());
+  return platform::startTask(enableEvents(std::string(apiKey), own, std::move(ending)), own);
+}
+
+std::optional<TaskHandle> QWClient::registerForBehaviorsFromPlist() {
+  if (!enter()) return std::nullopt;
+  if (auto key = platform::Bundle::main().text(kAPIKeyKey)) return registerForBehaviors(*key);
+  Logger::error(QWLogType::behaviorEvent, "Behavioral Verification failed: API Key Not Found");
+  return std::nullopt;
+}
+
+void QWClient::setEventsEnabledHandler(std::function<void()> handler) {
+  if (enter()) EventsEnabled::shared().setHandler(std::move(handler));
+}
+
+QWLogType QWClient::enabledLogTypes() { return SharedLogger::enabledLogTypes(); }
+
+void QWClient::setEnabledLogTypes(QWLogType types) { SharedLogger::setEnabledLogTypes(types); }
+
+bool QWClient::flush(std::chrono::nanoseconds atMost) {
+  if (!enter()) return false;
+  auto end = std::chrono::steady_clock::now() + atMost;
+  bool isDone = shared()->eventManager().flush(atMost);
+  return Lifecycle::writesAreDone(end - std::chrono::steady_clock::now()) && isDone;
+}
+
+bool QWClient::shutdown(std::chrono::nanoseconds atMost) {
+  auto end = std::chrono::steady_clock::now() + atMost;
+  bool isDone = Lifecycle::shared().shutDown(atMost);
+  shared()->deeplinkHandlers().release();
+  EventsEnabled::shared().setHandler(nullptr);
+  return Lifecycle::writesAreDone(end - std::chrono::steady_clock::now()) && isDone;
+}
+
+}  // namespace quenwick

@@ -1,0 +1,52 @@
+#include "quenwick/events/EventOutcome.h"
+
+#include <string>
+#include <variant>
+
+#include "quenwick/API/Stack/APIError.h"
+#include "quenwick/API/Stack/APIKeyError.h"
+#include "quenwick/auth/AuthenticationTokenManager.h"
+#include "quenwick/logging/Logger.h"
+#include "quenwick/platform/JSONSerialization.h"
+
+namespace quenwick {
+namespace {
+
+constexpr auto kCategory = QWLogType::behaviorEvent;
+
+EventState stateAfter(const APIError& error) {
+  const auto& kind = error.kind();
+  if (std::holds_alternative<APIError::GeneralFailure>(kind)) return EventState::failedStatus;
+  if (std::holds_alternative<APIError::SessionTaskFailed>(kind)) return EventState::failedTransport;
+  if (std::holds_alternative<APIError::DecodeFailed>(kind)) return EventState::failedAnswer;
+  return EventState::failedOther;
+}
+
+}  // namespace
+
+EventState stateAfter(const platform::Error* error) {
+  using TokenError = AuthenticationTokenManager::TokenError;
+  if (!error) return EventState::acknowledged;
+  if (const auto* known = asAPIError(*error)) return stateAfter(*known);
+  if (dynamic_cast<const APIKeyError*>(error)) return EventState::failedNoCredential;
+  if (dynamic_cast<const TokenError*>(error)) return EventState::failedUnauthorized;
+  return EventState::failedOther;
+}
+
+void tellEvent(const platform::Dictionary& payload, const platform::Error* error) {
+  if (!error) {
+    const auto* event = payload.find("event");
+    const auto* name = event ? event->as<std::string>() : nullptr;
+    return Logger::log(kCategory, "Event: " + (name ? *name : "") + " Status: Success");
+  }
+  Logger::log(kCategory, "Could not log event " + platform::JSONSerialization::text(payload) + ":");
+  Logger::error(kCategory, error->localizedDescription());
+}
+
+void tellIdentification(const platform::Error* error) {
+  if (!error) return;
+  Logger::log(kCategory, "Could not identify user:");
+  Logger::error(kCategory, error->localizedDescription());
+}
+
+}  // namespace quenwick

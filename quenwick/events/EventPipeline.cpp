@@ -1,0 +1,164 @@
+#include "quenwick/events/EventPipeline.h"
+
+#include <exception>
+
+#include "quenwick/API/Models/RecordCoding.h"
+#include "quenwick/events/EventOutcome.h"
+#include "quenwick/platform/Executor.h"
+#include "quenwick/platform/Task.h"
+
+namespace quenwick {
+namespace {
+
+/// How many steps are taken before ended sends are looked at again.
+constexpr std::size_t kStepsPerTurn = 64;
+
+}  // namespace
+
+EventPipeline::Repository EventPipeline::repository() const {
+  std::lock_guard lock(mutex_);
+  return repository_;
+}
+
+void EventPipeline::setRepository(Repository repository) {
+  {
+    std::lock_guard lock(mutex_);
+    std::swap(repository_, repository);
+  }
+  isEnabled_ = true;
+}
+
+void EventPipeline::settle(std::size_t bytes, EventState state) {
+  waitingBytes_ -= bytes;
+  ledger_.move(EventState::waiting, state);
+}
+
+void EventPipeline::tellUnsound(const std::exception_ptr& exception) {
+  refuseEvent(platform::errorFrom(exception)->localizedDescription());
+}
+
+/// Whether there is room for an event; where there is none it is dropped, which a line will say.
+bool EventPipeline::admit(std::size_t bytes) {
+  if (waitingBytes_.fetch_add(bytes) + bytes <= kMostWaiting) {
+    ledger_.offer(EventState::waiting);
+    return true;
+  }
+  waitingBytes_ -= bytes;
+  ledger_.offer(EventState::droppedOverflow);
+  noteDrop();
+  return false;
+}
+
+/// Has a line written, in its turn. Drops in a row share a step: they take no memory.
+void EventPipeline::noteDrop() {
+  bool isFirst = false;
+  {
+    std::lock_guard lock(mutex_);
+    if (lastDrops_) {
+      ++lastDrops_->count;
+      return;
+    }
+    auto drops = std::make_unique<TellDrops>();
+    lastDrops_ = drops.get();
+    steps_.push_back(std::move(drops));
+    isFirst = !std::exchange(isRunning_, true);
+  }
+  if (isFirst) runSoon();
+}
+
+void EventPipeline::TellDrops::run(EventPipeline&) {
+  for (; count > 0; --count) refuseEvent("too many events are waiting");
+}
+
+void EventPipeline::push(std::unique_ptr<Step> step) {
+  bool isFirst = false;
+  {
+    std::lock_guard lock(mutex_);
+    steps_.push_back(std::move(step));
+    lastDrops_ = nullptr;
+    isFirst = !std::exchange(isRunning_, true);
+  }
+  if (isFirst) runSoon();
+}
+
+void EventPipeline::end(Ended ended) {
+  {
+    std::lock_guard lock(mutex_);
+    ended_.push_back(std::move(ended));
+    if (std::exchange(isRunning_, true)) return;
+  }
+  run();  // this is the pool
+}
+
+void EventPipeline::runSoon() {
+  platform::pool().post([self = shared_from_this()] { self->run(); });
+}
+
+void EventPipeline::run() {
+  finishEnded();
+  startSends();
+  takeSteps();
+  startSends();
+  if (hasMore()) runSoon();
+}
+
+bool EventPipeline::hasMore() {
+  std::lock_guard lock(mutex_);
+  return isRunning_ = position_ < taken_.size() || !steps_.empty() || !ended_.empty();
+}
+
+void EventPipeline::finishEnded() {
+  std::vector<Ended> ended;
+  {
+    std::lock_guard lock(mutex_);
+    ended.swap(ended_);
+  }
+  for (const auto& [payload, error] : ended) {
+    --inFlight_;
+    ledger_.move(EventState::inFlight, stateAfter(error.get()));
+    bool isIdentification = payload.kind == Kind::identification;
+    isIdentification ? tellIdentification(error.get()) : tellEvent(payload.content, error.get());
+  }
+}
+
+void EventPipeline::takeSteps() {
+  if (position_ == taken_.size()) {
+    taken_.clear();
+    position_ = 0;
+    std::lock_guard lock(mutex_);
+    taken_.swap(steps_);
+    lastDrops_ = nullptr;
+  }
+  for (std::size_t i = 0; i < kStepsPerTurn && position_ < taken_.size(); ++i) {
+    auto step = std::move(taken_[position_++]);
+    step->run(*this);
+  }
+}
+
+void EventPipeline::startSends() {
+  for (auto repository = this->repository();
+       repository && inFlight_ < kMostInFlight && !waiting_.empty(); waiting_.pop_front()) {
+    auto payload = std::move(waiting_.front());
+    waitingBytes_ -= payload.bytes;
+    ++inFlight_;
+    ledger_.move(EventState::waiting, EventState::inFlight);
+    platform::spawn(send(shared_from_this(), repository, std::move(payload)));
+  }
+}
+
+platform::Task<void> EventPipeline::send(std::shared_ptr<EventPipeline> self, Repository repository,
+                                         Payload payload) {
+  platform::ErrorPointer error;
+  try {
+    if (payload.kind == Kind::identification) {
+      co_await repository->identifyUser(payload.content);
+    } else {
+      co_await repository->sendEvent(payload.content);
+    }
+  } catch (...) {
+    error = platform::errorFrom(std::current_exception());
+  }
+  self->end({std::move(payload), std::move(error)});
+}
+
+}  // namespace quenwick
