@@ -77,7 +77,8 @@ void LinkIntake::resolve(std::string_view link, const ResolveOptions& options,
                                   failure = DeeplinkResult(failure)] { completion(failure); });
   }
   platform::startTask(resolveInto(DeeplinkManager(*url, session()),
-                                  std::make_shared<Ending>(options.stop, options.deadline), std::move(completion)));
+                                  std::make_shared<Ending>(options.stop, options.deadline),
+                                  std::move(completion)));
 }
 
 void LinkIntake::deliver(const DeeplinkResult& result) {

@@ -21,8 +21,7 @@ platform::Task<platform::URL> endpointFor(std::string apiKey, std::stop_token st
   co_return co_await BehavioralVerificationRepository().verify(std::move(apiKey), std::move(stop));
 }
 
-platform::Task<void> enableEvents(std::string apiKey, std::stop_source own,
-                                  std::shared_ptr<Ending> ending) {
+platform::Task<void> enableEvents(std::string apiKey, std::shared_ptr<Ending> ending) {
   std::exception_ptr failure;
   try {
     auto endpoint = co_await endpointFor(std::move(apiKey), ending->token());
@@ -69,7 +68,7 @@ std::optional<TaskHandle> QWClient::registerForBehaviors(std::string_view apiKey
   if (!enter()) return std::nullopt;
   std::stop_source own;
   auto ending = std::make_shared<Ending>(own.get_token());
-  return platform::startTask(enableEvents(std::string(apiKey), own, std::move(ending)), own);
+  return platform::startTask(enableEvents(std::string(apiKey), std::move(ending)), own);
 }
 
 std::optional<TaskHandle> QWClient::registerForBehaviorsFromPlist() {
