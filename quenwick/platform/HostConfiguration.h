@@ -36,6 +36,9 @@ std::filesystem::path settingsDirectory();
 std::filesystem::path storesDirectory();
 std::filesystem::path cachesDirectory();
 
+/// Makes the folder and those above it; the folder itself is the user's alone.
+void makePrivateDirectory(const std::filesystem::path& directory);
+
 /// Makes the folder (0700) and, in it, the empty file (0600) where they are missing. Whether the
 /// file is there afterwards.
 bool makePrivateFile(const std::filesystem::path& file);

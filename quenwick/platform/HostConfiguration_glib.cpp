@@ -36,13 +36,6 @@ std::string folderName() {
   return name.empty() || name.front() == '.' ? "_" + name : name;
 }
 
-/// Makes the folder and those above it; the folder itself is the user's alone.
-void makePrivateDirectory(const std::filesystem::path& directory) {
-  std::error_code error;
-  std::filesystem::create_directories(directory.parent_path(), error);
-  if (::mkdir(directory.c_str(), 0700) == 0) ::chmod(directory.c_str(), 0700);
-}
-
 std::filesystem::path applicationDirectory(const char* xdgDirectory) {
   const auto& home = hostConfiguration().home;
   auto directory = (home ? *home : std::filesystem::path(xdgDirectory)) / folderName();
@@ -73,6 +66,12 @@ std::filesystem::path cachesDirectory() {
   auto directory = applicationDirectory(g_get_user_cache_dir()) / "Caches";
   makePrivateDirectory(directory);
   return directory;
+}
+
+void makePrivateDirectory(const std::filesystem::path& directory) {
+  std::error_code error;
+  std::filesystem::create_directories(directory.parent_path(), error);
+  if (::mkdir(directory.c_str(), 0700) == 0) ::chmod(directory.c_str(), 0700);
 }
 
 bool makePrivateFile(const std::filesystem::path& file) {

@@ -79,6 +79,7 @@ std::optional<std::string> privateFileContents(const std::filesystem::path& file
 }
 
 void makePrivateFileOnce(const std::filesystem::path& file, std::string_view bytes) {
+  makePrivateDirectory(file.parent_path());
   auto name = file.string() + ".new-XXXXXX";
   {
     Descriptor descriptor(::mkostemp(name.data(), O_CLOEXEC));  // mode 0600

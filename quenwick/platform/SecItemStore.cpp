@@ -238,9 +238,9 @@ OSStatus SecItemStore::attempt(const std::function<OSStatus(SecItemBackend&)>& w
 }
 
 SecItemBackend& SecItemStore::open() {
-  if (backend_) return *backend_;
+  if (opened_.load()) return *backend_;
   auto kind = chosenSecItemBackend(options_.folder, [this] { return chooseBackend(); });
-  backend_ = makeBackend(kind);
+  if (kind != SecItemBackendKind::secretService || !backend_) backend_ = makeBackend(kind);
   tell(kind);
   kind_ = kind;
   opened_ = backend_.get();
@@ -251,7 +251,9 @@ SecItemBackend& SecItemStore::open() {
 SecItemBackendKind SecItemStore::chooseBackend() {
   if (options_.preferred) return *options_.preferred;
   try {
-    makeBackend(SecItemBackendKind::secretService)->load();
+    auto keyring = makeBackend(SecItemBackendKind::secretService);
+    keyring->load();
+    backend_ = std::move(keyring);  // as it is used from now on, unless another process decides
     return SecItemBackendKind::secretService;
   } catch (const SecItemError&) {
     return SecItemBackendKind::sealedFile;  // which the log will say

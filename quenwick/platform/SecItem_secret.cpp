@@ -86,30 +86,23 @@ class SecretServiceBackend : public SecItemBackend {
     OneSecond second;
     auto collection = unlockedCollection(second.cancellable());
     if (!find(key, second.cancellable()).empty()) return std::nullopt;
-    auto all = attributes(key);
-    put(all, "generic", item.generic);
-    put(all, "accessible", item.accessible);
-    auto label = key.account + " (" + application_ + ")";
-    GError* error = nullptr;
-    GObjectPointer<SecretItem> made(secret_item_create_sync(
-        collection.get(), schema(), all.get(), label.c_str(), secretOf(item.data).get(),
-        SECRET_ITEM_CREATE_REPLACE, second.cancellable(), &error));
-    throwIfSet(error);
-    item.reference = pathOf(made.get());
+    item.reference = pathOf(create(collection, key, item, second.cancellable()).get());
     return item;
   }
 
+  // By an item that takes the old one's place: setting an item's secret is told to nobody.
   bool update(const SecItemKey& key, const Bytes& data) override {
     OwnMainContext context;
     OneSecond second;
-    unlockedCollection(second.cancellable());
+    auto collection = unlockedCollection(second.cancellable());
     auto found = find(key, second.cancellable());
-    for (const auto& item : found) {
-      GError* error = nullptr;
-      secret_item_set_secret_sync(item.get(), secretOf(data).get(), second.cancellable(), &error);
-      throwIfSet(error);
-    }
-    return !found.empty();
+    if (found.empty()) return false;
+    Attributes before(secret_item_get_attributes(found.front().get()));
+    SecItem item{text(before, "generic"), text(before, "accessible"), data};
+    auto path = pathOf(create(collection, key, item, second.cancellable()).get());
+    std::erase_if(found, [&](const auto& other) { return pathOf(other.get()) == path; });
+    remove(found, second.cancellable());  // from other collections
+    return true;
   }
 
   bool remove(const SecItemKey& key) override {
@@ -117,11 +110,7 @@ class SecretServiceBackend : public SecItemBackend {
     OneSecond second;
     unlockedCollection(second.cancellable());
     auto found = find(key, second.cancellable());
-    for (const auto& item : found) {
-      GError* error = nullptr;
-      secret_item_delete_sync(item.get(), second.cancellable(), &error);
-      throwIfSet(error);
-    }
+    remove(found, second.cancellable());
     return !found.empty();
   }
 
@@ -163,6 +152,30 @@ class SecretServiceBackend : public SecItemBackend {
     return found;
   }
 
+  GObjectPointer<SecretItem> create(const GObjectPointer<SecretCollection>& collection,
+                                    const SecItemKey& key, const SecItem& item,
+                                    GCancellable* cancellable) const {
+    auto all = attributes(key);
+    put(all, "generic", item.generic);
+    put(all, "accessible", item.accessible);
+    auto label = key.account + " (" + application_ + ")";
+    GError* error = nullptr;
+    GObjectPointer<SecretItem> made(secret_item_create_sync(
+        collection.get(), schema(), all.get(), label.c_str(), secretOf(item.data).get(),
+        SECRET_ITEM_CREATE_REPLACE, cancellable, &error));
+    throwIfSet(error);
+    if (!made) throw SecItemError(errSecNotAvailable, "the keyring made no item");
+    return made;
+  }
+
+  static void remove(const FoundItems& items, GCancellable* cancellable) {
+    for (const auto& item : items) {
+      GError* error = nullptr;
+      secret_item_delete_sync(item.get(), cancellable, &error);
+      throwIfSet(error);
+    }
+  }
+
   static void refuseLocked(gboolean isLocked) {
     if (isLocked) throw SecItemError(errSecInteractionNotAllowed, "the keyring is locked");
   }
@@ -196,12 +209,10 @@ class SecretServiceBackend : public SecItemBackend {
     if (isOwnerNew_->exchange(false)) service_.reset();
     if (service_) return service_.get();
     GError* error = nullptr;
-    GObjectPointer<SecretService> made(static_cast<SecretService*>(g_initable_new(
-        SECRET_TYPE_SERVICE, cancellable, &error, "g-connection", connection_.get(), "g-flags",
-        G_DBUS_PROXY_FLAGS_NONE, "g-name", "org.freedesktop.secrets", "g-object-path",
-        "/org/freedesktop/secrets", "g-interface-name", "org.freedesktop.Secret.Service", "flags",
-        SECRET_SERVICE_OPEN_SESSION, nullptr)));
+    GObjectPointer<SecretService> made(secret_service_open_sync(
+        SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, cancellable, &error));
     throwIfSet(error);
+    if (!made) throw SecItemError(errSecNotAvailable, "the keyring does not answer");
     service_ = std::move(made);
     return service_.get();
   }
@@ -209,8 +220,14 @@ class SecretServiceBackend : public SecItemBackend {
   void connect(GCancellable* cancellable) {
     if (connection_ && !g_dbus_connection_is_closed(connection_.get())) return;
     service_.reset();
+    signals_.reset();
+    bool isFirst = true;
+    {
+      std::lock_guard lock(mutex_);
+      isFirst = !std::exchange(connection_, nullptr);
+    }
     auto made = connectToSessionBus(cancellable);
-    observeKeyring(
+    signals_ = std::make_unique<KeyringSignals>(
         made.get(),
         [isOwnerNew = isOwnerNew_, onChange = onChange_](bool isOwnerChange) {
           if (isOwnerChange) *isOwnerNew = true;
@@ -219,9 +236,9 @@ class SecretServiceBackend : public SecItemBackend {
         cancellable);
     {
       std::lock_guard lock(mutex_);
-      std::swap(connection_, made);
+      connection_ = std::move(made);
     }
-    if (made) onChange_();  // nobody told what changed while there was no connection
+    if (!isFirst) onChange_();  // nobody told what changed while there was no connection
   }
 
   const std::string application_;
@@ -229,6 +246,7 @@ class SecretServiceBackend : public SecItemBackend {
   const std::shared_ptr<std::atomic<bool>> isOwnerNew_ = std::make_shared<std::atomic<bool>>(false);
   mutable std::mutex mutex_;
   GObjectPointer<GDBusConnection> connection_;
+  std::unique_ptr<KeyringSignals> signals_;
   GObjectPointer<SecretService> service_;
 };
 

@@ -1,6 +1,8 @@
 #include "quenwick/platform/SecretBus_secret.h"
 
 #include <libsecret/secret.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <string_view>
@@ -13,30 +15,21 @@ constexpr std::chrono::seconds kPatience(1);
 constexpr std::string_view kKeyringName = "org.freedesktop.secrets";
 constexpr std::string_view kKeyringPath = "/org/freedesktop/secrets";
 
-struct FreeText {
-  void operator()(char* text) const { g_free(text); }
-};
-using GText = std::unique_ptr<char, FreeText>;
-
 GMainContext* ownContext() {
   static auto* context = g_main_context_new();
   return context;
 }
 
-bool isMissingBus(std::string_view address) {
-  return address.empty() || address.find("autolaunch:") != address.npos;
-}
-
-/// Where the session's bus is, as its programs are told; never a request to start one.
-std::string sessionBusAddress() {
+/// Whether programs of the session are told of a bus that runs: without one GLib would start it.
+bool hasSessionBus() {
   if (const char* told = g_getenv("DBUS_SESSION_BUS_ADDRESS")) {
-    return isMissingBus(told) ? std::string() : told;
+    std::string_view address(told);
+    return !address.empty() && address.find("autolaunch:") == address.npos;
   }
-  const char* folder = g_getenv("XDG_RUNTIME_DIR");
-  auto socket = folder && *folder ? std::string(folder) + "/bus" : std::string();
-  if (socket.empty() || !g_file_test(socket.c_str(), G_FILE_TEST_EXISTS)) return {};
-  GText escaped(g_dbus_address_escape_value(socket.c_str()));
-  return std::string("unix:path=") + escaped.get();
+  struct stat status{};
+  auto socket = std::string(g_get_user_runtime_dir()) + "/bus";
+  return ::stat(socket.c_str(), &status) == 0 && S_ISSOCK(status.st_mode) &&
+         status.st_uid == ::geteuid();
 }
 
 using Receive = std::function<void(bool)>;
@@ -54,15 +47,10 @@ GDBusMessage* pass(GDBusConnection*, GDBusMessage* message, gboolean isIncoming,
   return message;
 }
 
-void addMatch(GDBusConnection* connection, const char* rule, GCancellable* cancellable) {
-  GError* error = nullptr;
-  auto* answer =
-      g_dbus_connection_call_sync(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                  "org.freedesktop.DBus", "AddMatch", g_variant_new("(s)", rule),
-                                  nullptr, G_DBUS_CALL_FLAGS_NONE, -1, cancellable, &error);
-  if (answer) g_variant_unref(answer);
-  throwIfSet(error);
-}
+constexpr const char* kRules[] = {
+    "type='signal',sender='org.freedesktop.secrets',path_namespace='/org/freedesktop/secrets'",
+    "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',"
+    "arg0='org.freedesktop.secrets'"};
 
 }  // namespace
 
@@ -89,30 +77,43 @@ OwnMainContext::~OwnMainContext() {
 }
 
 GObjectPointer<GDBusConnection> connectToSessionBus(GCancellable* cancellable) {
-  auto address = sessionBusAddress();
-  if (address.empty()) throw SecItemError(errSecNotAvailable, "there is no session bus");
-  constexpr auto kFlags =
-      static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                        G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+  if (!hasSessionBus()) throw SecItemError(errSecNotAvailable, "there is no session bus");
   GError* error = nullptr;
-  GObjectPointer<GDBusConnection> connection(g_dbus_connection_new_for_address_sync(
-      address.c_str(), kFlags, nullptr, cancellable, &error));
+  GObjectPointer<GDBusConnection> connection(
+      g_bus_get_sync(G_BUS_TYPE_SESSION, cancellable, &error));
   throwIfSet(error);
   g_dbus_connection_set_exit_on_close(connection.get(), FALSE);
+  if (g_dbus_connection_is_closed(connection.get())) {
+    throw SecItemError(errSecNotAvailable, "the session bus is gone");
+  }
   return connection;
 }
 
-void observeKeyring(GDBusConnection* connection, Receive receive, GCancellable* cancellable) {
-  g_dbus_connection_add_filter(connection, &pass, new Receive(std::move(receive)),
-                               [](gpointer data) { delete static_cast<Receive*>(data); });
-  addMatch(connection,
-           "type='signal',sender='org.freedesktop.secrets',"
-           "path_namespace='/org/freedesktop/secrets'",
-           cancellable);
-  addMatch(connection,
-           "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',"
-           "arg0='org.freedesktop.secrets'",
-           cancellable);
+KeyringSignals::KeyringSignals(GDBusConnection* connection, Receive receive,
+                               GCancellable* cancellable)
+    : connection_(static_cast<GDBusConnection*>(g_object_ref(connection))),
+      filter_(
+          g_dbus_connection_add_filter(connection, &pass, new Receive(std::move(receive)),
+                                       [](gpointer data) { delete static_cast<Receive*>(data); })) {
+  for (const char* rule : kRules) {
+    GError* error = nullptr;
+    auto* answer =
+        g_dbus_connection_call_sync(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                    "org.freedesktop.DBus", "AddMatch", g_variant_new("(s)", rule),
+                                    nullptr, G_DBUS_CALL_FLAGS_NONE, -1, cancellable, &error);
+    if (answer) g_variant_unref(answer);
+    if (error) g_dbus_connection_remove_filter(connection, filter_);
+    throwIfSet(error);
+  }
+}
+
+KeyringSignals::~KeyringSignals() {
+  g_dbus_connection_remove_filter(connection_.get(), filter_);
+  for (const char* rule : kRules) {
+    g_dbus_connection_call(connection_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                           "org.freedesktop.DBus", "RemoveMatch", g_variant_new("(s)", rule),
+                           nullptr, G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
+  }
 }
 
 }  // namespace quenwick::platform

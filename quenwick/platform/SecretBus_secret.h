@@ -41,14 +41,24 @@ class OwnMainContext {
   OwnMainContext& operator=(const OwnMainContext&) = delete;
 };
 
-/// A connection to the user's session bus that is the library's alone: the host's, and what the
-/// host has set up for its end, are not touched. No bus is ever started for it. Throws
-/// `SecItemError`.
+/// The process's connection to the user's session bus, whose end will not end the process; a bus
+/// that is not there is not started. Throws `SecItemError`.
 GObjectPointer<GDBusConnection> connectToSessionBus(GCancellable* cancellable);
 
-/// Calls `receive` for every signal of the keyring, on GLib's own thread, and with true once the
-/// keyring has come or gone. Throws `SecItemError`.
-void observeKeyring(GDBusConnection* connection, std::function<void(bool isOwnerChange)> receive,
-                    GCancellable* cancellable);
+/// While it lives, calls `receive` for every signal of the keyring, on GLib's own thread; with true
+/// where the keyring has come or gone.
+class KeyringSignals {
+ public:
+  /// Throws `SecItemError`.
+  KeyringSignals(GDBusConnection* connection, std::function<void(bool isOwnerChange)> receive,
+                 GCancellable* cancellable);
+  ~KeyringSignals();
+  KeyringSignals(const KeyringSignals&) = delete;
+  KeyringSignals& operator=(const KeyringSignals&) = delete;
+
+ private:
+  GObjectPointer<GDBusConnection> connection_;
+  guint filter_;
+};
 
 }  // namespace quenwick::platform

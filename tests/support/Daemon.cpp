@@ -30,8 +30,11 @@ Daemon::Daemon(const std::vector<std::string>& words, const std::string& input) 
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, in.ends[0], STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, out.ends[1], STDOUT_FILENO);
+  // Also where the test itself is ended from outside.
+  std::vector<std::string> line{"setpriv", "--pdeathsig", "KILL"};
+  line.insert(line.end(), words.begin(), words.end());
   std::vector<char*> arguments;
-  for (const auto& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
+  for (auto& word : line) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   int error = posix_spawnp(&process_, arguments[0], &actions, nullptr, arguments.data(), environ);
   posix_spawn_file_actions_destroy(&actions);

@@ -8,9 +8,8 @@
 
 namespace quenwick::tests {
 
-/// A D-Bus session of the test's own, which this process and its children find as the user's, with
-/// a keyring on it that is unlocked by a throw-away password. All its files lie in a folder of its
-/// own. Whatever was the user's session before is so again at the end.
+/// A D-Bus session of the test's own with a keyring on it, unlocked by a throw-away password. All
+/// that they keep lies in a folder of its own.
 class Keyring {
  public:
   Keyring();

@@ -1,0 +1,135 @@
+#include "quenwick/auth/Keychain.h"
+
+#include <gtest/gtest.h>
+
+#include "quenwick/auth/AuthenticationKeychain.h"
+#include "quenwick/auth/SecureSessionData.h"
+#include "quenwick/platform/KeyedArchive.h"
+#include "tests/support/SecretPlace.h"
+
+namespace quenwick {
+namespace {
+
+using platform::Bytes;
+using platform::SecItemBackendKind;
+
+class KeychainTest : public testing::TestWithParam<SecItemBackendKind> {
+ protected:
+  void SetUp() override { platform::SecItemStore::setStandard(place_.open()); }
+
+  tests::SecretPlace place_{GetParam()};
+  Keychain keychain_{"com.example.keychain"};
+};
+
+INSTANTIATE_TEST_SUITE_P(Both, KeychainTest,
+                         testing::Values(SecItemBackendKind::secretService,
+                                         SecItemBackendKind::sealedFile),
+                         [](const auto& kind) {
+                           return kind.param == SecItemBackendKind::secretService ? "Keyring"
+                                                                                  : "SealedFile";
+                         });
+
+TEST_P(KeychainTest, EachKindOfValueIsReadAsItWasSet) {
+  auto uuid = *platform::UUID::parse("0f8fad5b-d9cb-469f-a165-70867728950e");
+  EXPECT_TRUE(keychain_.set(Bytes("\xff\x00", 2), "bytes"));
+  EXPECT_TRUE(keychain_.set("text ü", "text"));
+  EXPECT_TRUE(keychain_.set(uuid, "uuid"));
+  EXPECT_TRUE(keychain_.set(std::int64_t{-9'007'199'254'740'993}, "integer"));
+  EXPECT_TRUE(keychain_.set(0.1F, "float"));
+  EXPECT_TRUE(keychain_.set(1763726400.123456, "double"));
+  EXPECT_TRUE(keychain_.set(true, "true"));
+  EXPECT_TRUE(keychain_.set(false, "false"));
+  platform::Dictionary object{{"list", platform::List{1, "two"}}};
+  EXPECT_TRUE(keychain_.set(object, "object"));
+  platform::SecItemStore::setStandard(place_.open());  // as after a restart
+  EXPECT_EQ(keychain_.data("bytes"), Bytes("\xff\x00", 2));
+  EXPECT_EQ(keychain_.string("text"), "text ü");
+  EXPECT_EQ(keychain_.data("uuid"), "0F8FAD5B-D9CB-469F-A165-70867728950E");
+  EXPECT_EQ(keychain_.uuid("uuid"), uuid);
+  EXPECT_EQ(keychain_.integer("integer"), -9'007'199'254'740'993);
+  EXPECT_EQ(keychain_.floatValue("float"), 0.1F);
+  EXPECT_EQ(keychain_.doubleValue("double"), 1763726400.123456);
+  EXPECT_EQ(keychain_.boolValue("true"), true);
+  EXPECT_EQ(keychain_.boolValue("false"), false);
+  auto archive = keychain_.data("object");
+  ASSERT_TRUE(archive);
+  EXPECT_EQ(platform::KeyedArchive::unarchivedObject(*archive), platform::Value(object));
+}
+
+TEST_P(KeychainTest, NumbersAreReadAcrossKindsAndOtherItemsAreNone) {
+  keychain_.set(42, "number");
+  keychain_.set(2.75, "real");
+  EXPECT_EQ(keychain_.doubleValue("number"), 42.0);
+  EXPECT_EQ(keychain_.floatValue("number"), 42.0F);
+  EXPECT_EQ(keychain_.boolValue("number"), true);
+  EXPECT_EQ(keychain_.integer("real"), 2);
+  EXPECT_EQ(keychain_.string("number"), std::nullopt) << "an archive is no text";
+  keychain_.set("42", "text");
+  keychain_.set(platform::List{42}, "list");
+  for (auto key : {"text", "list", "absent"}) {
+    EXPECT_EQ(keychain_.integer(key), std::nullopt) << key;
+    EXPECT_EQ(keychain_.floatValue(key), std::nullopt) << key;
+    EXPECT_EQ(keychain_.doubleValue(key), std::nullopt) << key;
+    EXPECT_EQ(keychain_.boolValue(key), std::nullopt) << key;
+    EXPECT_EQ(keychain_.uuid(key), std::nullopt) << key;
+  }
+}
+
+TEST_P(KeychainTest, SettingTwiceReplacesAndDeletingTellsWhetherThereWasOne) {
+  EXPECT_TRUE(keychain_.set("first", "key"));
+  auto reference = keychain_.dataRef("key");
+  EXPECT_TRUE(keychain_.set("second", "key"));
+  EXPECT_EQ(keychain_.string("key"), "second");
+  EXPECT_TRUE(reference);
+  EXPECT_EQ(keychain_.dataRef("key"), reference);
+  EXPECT_TRUE(keychain_.removeObject("key"));
+  EXPECT_FALSE(keychain_.removeObject("key"));
+  EXPECT_EQ(keychain_.dataRef("key"), std::nullopt);
+}
+
+TEST_P(KeychainTest, ServicesKeepTheirOwnValuesUnderTheSameKey) {
+  Keychain other("com.example.another");
+  keychain_.set("ours", "key");
+  other.set("theirs", "key");
+  EXPECT_EQ(keychain_.string("key"), "ours");
+  EXPECT_TRUE(other.removeObject("key"));
+  EXPECT_EQ(keychain_.string("key"), "ours");
+}
+
+TEST_P(KeychainTest, WhatIsNoTextIsNeitherStoredNorReadAsOne) {
+  EXPECT_FALSE(keychain_.set(std::string_view("\xff"), "key"));
+  EXPECT_FALSE(keychain_.set("value", "\xff"));
+  EXPECT_EQ(keychain_.data("key"), std::nullopt);
+  platform::Value nested;
+  for (int i = 0; i < 600; ++i) nested = platform::List{nested};
+  keychain_.set("before", "key");
+  EXPECT_FALSE(keychain_.set(*nested.as<platform::List>(), "key"));
+  EXPECT_EQ(keychain_.string("key"), "before");
+}
+
+TEST_P(KeychainTest, TheAPIKeyIsOneOfTheLibrarysItems) {
+  using Auth = AuthenticationKeychain;
+  EXPECT_EQ(Auth::behaviorVerificationAPIToken(), std::nullopt);
+  Auth::setBehaviorVerificationAPIToken("an API key");
+  EXPECT_EQ(Auth::behaviorVerificationAPIToken(), "an API key");
+  EXPECT_EQ(Keychain("com.quenwick.sdk.authentication_keychain")
+                .string("com.quenwick.sdk.behavior.verification.apiToken"),
+            "an API key");
+  EXPECT_EQ(Keychain::standard().serviceName(), "com.quenwick.sdk.keychain");
+  Auth::setBehaviorVerificationAPIToken(std::nullopt);
+  EXPECT_EQ(Auth::behaviorVerificationAPIToken(), std::nullopt);
+}
+
+TEST(SecureSessionData, ConvertsToItsKeyAndBack) {
+  for (int i = 0; i < 8; ++i) {
+    auto data = static_cast<SecureSessionData>(i);
+    EXPECT_EQ(secureSessionData(rawValue(data)), data);
+  }
+  EXPECT_EQ(rawValue(SecureSessionData::expiresAt), "com.quenwick.sdk.token.expiresAt");
+  EXPECT_EQ(rawValue(SecureSessionData::behaviorAPITokenExpiresAt),
+            "com.quenwick.sdk.behavior.apiTokenExpiresAt");
+  EXPECT_EQ(secureSessionData("com.quenwick.sdk.token"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace quenwick

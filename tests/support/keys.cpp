@@ -1,0 +1,87 @@
+// A host that keeps secrets: keys HOME secretService|sealedFile WHAT
+//   write PREFIX  writes 50 items "PREFIX0", ... with "value of PREFIX0", ..., and exits with the
+//                 number of those that were not stored
+//   die           writes the item "kept" and is killed by SIGKILL once that is reported stored
+//   loop          writes the item "kept", prints "ready" and runs a GLib main loop; once a write
+//                 fails it prints what the item reads as then, and exits
+
+#include <gio/gio.h>
+
+#include <csignal>
+#include <cstdio>
+#include <string>
+
+#include "quenwick/platform/HostConfiguration.h"
+#include "quenwick/platform/SecItem.h"
+
+using namespace quenwick::platform;
+
+namespace {
+
+SecItemQuery item(const std::string& account) {
+  return {.kSecAttrService = "com.example.keys", .kSecAttrAccount = account};
+}
+
+bool write(const std::string& account, const std::string& value) {
+  auto full = item(account);
+  full.kSecValueData = value;
+  auto status = SecItemAdd(full);
+  if (status == errSecDuplicateItem) {
+    status = SecItemUpdate(item(account), {.kSecValueData = value});
+  }
+  return status == errSecSuccess;
+}
+
+std::string read(const std::string& account) {
+  auto query = item(account);
+  query.kSecReturnData = true;
+  std::optional<Bytes> data;
+  SecItemCopyMatching(query, data);
+  return data.value_or("none");
+}
+
+int writeMany(const std::string& prefix) {
+  int failures = 0;
+  for (int i = 0; i < 50; ++i) {
+    auto account = prefix + std::to_string(i);
+    if (!write(account, "value of " + account)) ++failures;
+  }
+  return failures;
+}
+
+int runLoop() {
+  if (!write("kept", "a secret") || read("kept") != "a secret") return 3;
+  // The host's own use of the bus, as any desktop program has it; its end is the host's to decide.
+  auto* host = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
+  g_dbus_connection_set_exit_on_close(host, FALSE);
+  auto* loop = g_main_loop_new(nullptr, FALSE);
+  g_timeout_add(
+      10,
+      [](gpointer data) -> gboolean {
+        if (write("other", "x")) return G_SOURCE_CONTINUE;
+        g_main_loop_quit(static_cast<GMainLoop*>(data));
+        return G_SOURCE_REMOVE;
+      },
+      loop);
+  std::puts("ready");
+  std::fflush(stdout);
+  g_main_loop_run(loop);
+  std::puts(read("kept").c_str());
+  return 0;
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  if (count < 4) return 2;
+  bool isSealed = std::string(words[2]) == "sealedFile";
+  configureHost(
+      {.bundleIdentifier = "com.example.keys",
+       .home = words[1],
+       .keychain = isSealed ? SecItemBackendKind::sealedFile : SecItemBackendKind::secretService});
+  std::string what = words[3];
+  if (what == "write" && count == 5) return writeMany(words[4]);
+  if (what == "loop") return runLoop();
+  if (!write("kept", "a secret")) return 3;
+  raise(SIGKILL);
+}
