@@ -17,6 +17,14 @@ TEST(JSONSerialization, KeepsEveryBitOfNumbersAndTexts) {
   }
 }
 
+TEST(JSONSerialization, DoublesReadBackAsTheSameDoubles) {
+  for (double number : {1e300, 5e-324, -2.2250738585072014e-308, 0.1, 1 / 3.0, 1e22, -1e15, -0.0}) {
+    auto text = JSONSerialization::text(Value(number));
+    EXPECT_NE(text.find('.'), text.npos) << text;
+    EXPECT_EQ(JSONSerialization::parse(text), Value(number)) << text;
+  }
+}
+
 TEST(JSONSerialization, EscapesWhatATextMayNotHold) {
   std::string every;
   for (char c = 0; c >= 0 && c < 0x7f; ++c) every += c;
@@ -25,6 +33,21 @@ TEST(JSONSerialization, EscapesWhatATextMayNotHold) {
   EXPECT_TRUE(std::ranges::none_of(text, [](char c) { return c >= 0 && c < ' '; })) << text;
   EXPECT_NE(text.find(R"(\b\t\n\u000b\f\r\u000e)"), text.npos) << text;
   EXPECT_EQ(JSONSerialization::parse(text), Value(every));
+}
+
+TEST(JSONSerialization, FindsWhatItMustEscapeOrRefuseAtEveryPlace) {
+  for (std::size_t length = 1; length < 20; ++length) {
+    for (std::size_t at = 0; at < length; ++at) {
+      for (char c : {'"', '\\', '\x1f', '\n', ' ', '!', '#', '[', ']', '\x7f'}) {
+        std::string text(length, 'a');
+        text[at] = c;
+        EXPECT_EQ(JSONSerialization::parse(JSONSerialization::text(Value(text))), Value(text));
+      }
+      std::string broken(length, 'a');
+      broken[at] = '\xC3';
+      EXPECT_THROW(JSONSerialization::text(Value(broken)), JSONError);
+    }
+  }
 }
 
 TEST(JSONSerialization, TheLastOfDuplicateKeysHolds) {

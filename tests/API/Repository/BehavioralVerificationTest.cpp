@@ -1,0 +1,290 @@
+#include <gtest/gtest.h>
+
+#include "quenwick/API/APIService/APIService.h"
+#include "quenwick/API/Repository/BehavioralVerificationRepository.h"
+#include "quenwick/API/Requesters/BehavioralVerificationRequestType.h"
+#include "quenwick/API/Stack/APIKeyError.h"
+#include "quenwick/API/Stack/JSONCoder.h"
+#include "quenwick/auth/AuthenticationKeychain.h"
+#include "quenwick/auth/SecureSessionData.h"
+#include "tests/support/ManualClock.h"
+#include "tests/support/RecordingLog.h"
+#include "tests/support/SandboxService.h"
+
+namespace quenwick {
+namespace {
+
+using platform::Dictionary;
+using platform::List;
+using platform::URL;
+using Errors = BehavioralVerificationRepository::Errors;
+using Item = SecureSessionData;
+using Lines = std::vector<std::string>;
+using Text = std::optional<std::string>;
+
+constexpr auto kEndpoint = "https://events.example/in";
+constexpr auto kRequest = "POST api.example/behavioral_verification";
+constexpr double kNow = 1'790'000'000;
+constexpr double kWeek = 7 * 24 * 3600;  // no change of clocks in between: tests run in UTC
+
+std::string answering(const std::string& answer) {
+  return R"({"answers": [{"at": "https://api.example/behavioral_verification", )" + answer + "}]}";
+}
+
+std::string verified(const std::string& endpoint) {
+  return R"("json": {"data": {"behavioral_endpoint_url": ")" + endpoint +
+         R"(", "behavioral_endpoint_api_token": "t", "behavioral_endpoint_api_token_identifier": "i"}})";
+}
+
+/// The install, the service it talks to, and the keychain of a process of its own.
+class BehavioralVerificationTest : public testing::Test {
+ protected:
+  BehavioralVerificationTest() {
+    setenv("TZ", "UTC", 1);
+    answer(verified(kEndpoint));
+  }
+
+  /// From now on the service answers so.
+  void answer(const std::string& answer) {
+    service_ = std::make_unique<tests::SandboxService>(answering(answer));
+  }
+
+  std::shared_ptr<BehavioralVerificationRequester> requester(double timeout = 60) {
+    auto manager =
+        APISource::manager({.requestTimeout = timeout, .basis = service_->configuration()});
+    return std::make_shared<BehavioralVerificationRequester>(manager,
+                                                             *URL::parse("https://api.example"));
+  }
+
+  BehavioralVerificationRepository repository(
+      BehavioralVerificationRepository::AddingDays addingDays = &platform::Calendar::addingDays) {
+    return BehavioralVerificationRepository(requester(), clock_, std::move(addingDays));
+  }
+
+  std::string verify(Text key) {
+    return platform::wait(repository().verify(std::move(key))).absoluteString();
+  }
+
+  const Keychain& keychain() { return AuthenticationKeychain::standard(); }
+  Text item(Item item) { return keychain().string(rawValue(item)); }
+  std::optional<double> expiry() {
+    return keychain().doubleValue(rawValue(Item::behaviorAPITokenExpiresAt));
+  }
+  bool isCacheEmpty() {
+    return !item(Item::behaviorAPIToken) && !item(Item::behaviorAPIEndpoint) && !expiry();
+  }
+
+  Dictionary lastRequest() {
+    auto all = platform::JSONSerialization::parse(service_->sandbox().requests());
+    return *all.as<Dictionary>()->find("requests")->as<List>()->back().as<Dictionary>();
+  }
+
+  std::shared_ptr<tests::RecordingLog> log_ = tests::RecordingLog::install();
+  std::shared_ptr<tests::ManualClock> clock_ =
+      std::make_shared<tests::ManualClock>(platform::dateFrom(kNow));
+  std::unique_ptr<tests::SandboxService> service_;
+};
+
+TEST_F(BehavioralVerificationTest, AFirstStartAsksOnceAndKeepsWhatItLearns) {
+  EXPECT_EQ(verify("key-1"), kEndpoint);
+  EXPECT_EQ(service_->received(), Lines{kRequest});
+  auto request = lastRequest();
+  EXPECT_EQ(platform::JSONSerialization::parse(*request.find("body")->as<std::string>()),
+            platform::Value(
+                Dictionary{{"bundle_identifier", "com.example.tests"}, {"api_key", "key-1"}}));
+  const auto& fields = *request.find("headers")->as<Dictionary>();
+  EXPECT_EQ(*fields.find("Content-Type"), platform::Value("application/json"));
+  EXPECT_FALSE(fields.find("Authorization"));
+
+  EXPECT_EQ(item(Item::behaviorVerificationAPIToken), "key-1");
+  EXPECT_EQ(item(Item::behaviorAPIToken), "aTp0");
+  EXPECT_EQ(item(Item::behaviorAPIEndpoint), kEndpoint);
+  EXPECT_EQ(expiry(), kNow + kWeek);
+  EXPECT_EQ(log_->count("error: "), 0);
+}
+
+TEST_F(BehavioralVerificationTest, ASecondStartWithinTheWeekAsksNobody) {
+  verify("key");
+  clock_->advance(std::chrono::days(7) - std::chrono::microseconds(1'000));
+  EXPECT_EQ(verify("key"), kEndpoint);
+  EXPECT_EQ(service_->received().size(), 1U);
+  clock_->advance(std::chrono::microseconds(1'000));
+  EXPECT_FALSE(repository().isAPITokenValid()) << "expired in the very second";
+  EXPECT_EQ(verify("key"), kEndpoint);
+  EXPECT_EQ(service_->received().size(), 2U);
+  EXPECT_EQ(expiry(), kNow + 2 * kWeek);
+}
+
+TEST_F(BehavioralVerificationTest, ACacheThatCannotBeUsedIsMadeAgain) {
+  struct {
+    const char* name;
+    std::function<void()> spoil;
+  } const kRows[] = {
+      {"no endpoint", [&] { keychain().removeObject(rawValue(Item::behaviorAPIEndpoint)); }},
+      {"no URL",
+       [&] { keychain().set(std::string_view("not a url"), rawValue(Item::behaviorAPIEndpoint)); }},
+      {"no text",
+       [&] { keychain().set(platform::Bytes("\xff"), rawValue(Item::behaviorAPIEndpoint)); }},
+      {"no expiry", [&] { keychain().removeObject(rawValue(Item::behaviorAPITokenExpiresAt)); }},
+      {"no number",
+       [&] {
+         keychain().set(std::string_view("soon"), rawValue(Item::behaviorAPITokenExpiresAt));
+       }},
+  };
+  verify("key");
+  std::size_t count = 1;
+  for (const auto& row : kRows) {
+    row.spoil();
+    EXPECT_EQ(verify("key"), kEndpoint) << row.name;
+    EXPECT_EQ(service_->received().size(), ++count) << row.name;
+    EXPECT_EQ(item(Item::behaviorAPIEndpoint), kEndpoint) << row.name;
+  }
+}
+
+TEST_F(BehavioralVerificationTest, AnotherKeyForgetsTheEarlierHandshakeFirst) {
+  verify("key");
+  answer(R"("status": 500, "body": "later")");
+  EXPECT_THROW(verify("other"), APIError);
+  EXPECT_EQ(item(Item::behaviorVerificationAPIToken), "other");
+  EXPECT_TRUE(isCacheEmpty());
+
+  answer(verified("https://other.example"));
+  EXPECT_EQ(verify("other"), "https://other.example");
+}
+
+TEST_F(BehavioralVerificationTest, WithoutAKeyNothingIsSentAndNothingStays) {
+  EXPECT_THROW(verify(std::nullopt), APIKeyError) << "none was ever kept";
+  verify("key");
+  service_->sandbox();
+  EXPECT_THROW(verify(std::nullopt), APIKeyError);
+  EXPECT_EQ(service_->received().size(), 1U);
+  EXPECT_EQ(item(Item::behaviorVerificationAPIToken), std::nullopt);
+  EXPECT_TRUE(isCacheEmpty());
+}
+
+TEST_F(BehavioralVerificationTest, AMissingBundleIdentifierIsReportedAsAMissingKey) {
+  AuthenticationKeychain::setBehaviorVerificationAPIToken("key");
+  for (const auto& datapoints :
+       std::vector<std::map<std::string, std::string>>{{}, {{"device_os", "debian"}}}) {
+    BehavioralVerificationRequester bare(requester()->manager(), *URL::parse("https://api.example"),
+                                         [datapoints] { return datapoints; });
+    EXPECT_THROW(platform::wait(bare.verify()), APIKeyError);
+  }
+  EXPECT_TRUE(service_->received().empty());
+}
+
+TEST_F(BehavioralVerificationTest, AnEndpointThatIsNoURLFailsOnceAllIsKept) {
+  answer(verified("not a url"));
+  try {
+    verify("key");
+    ADD_FAILURE();
+  } catch (const Errors& error) {
+    EXPECT_EQ(error.code(), Errors::Code::coercingEndpointURLFailed);
+  }
+  EXPECT_EQ(item(Item::behaviorAPIToken), "aTp0");
+  EXPECT_EQ(item(Item::behaviorAPIEndpoint), "not a url");
+  EXPECT_EQ(expiry(), kNow + kWeek);
+}
+
+TEST_F(BehavioralVerificationTest, ACalendarWithoutADateLeavesTheCredentialAlone) {
+  auto noDate = repository([](int, platform::Date) { return std::nullopt; });
+  try {
+    platform::wait(noDate.verify("key"));
+    ADD_FAILURE();
+  } catch (const Errors& error) {
+    EXPECT_EQ(error.code(), Errors::Code::calculatingExpirationFailed);
+  }
+  EXPECT_EQ(item(Item::behaviorAPIToken), "aTp0");
+  EXPECT_EQ(item(Item::behaviorAPIEndpoint), std::nullopt);
+  EXPECT_EQ(expiry(), std::nullopt);
+}
+
+TEST_F(BehavioralVerificationTest, EveryFailureOfTheServiceReachesTheCallerAsItIs) {
+  struct {
+    std::string answer;
+    const char* text;
+  } const kRows[] = {
+      {R"("status": 403, "json": {"error": "Bad key"})", "403\n{\"error\":\"Bad key\"}"},
+      {R"("status": 422, "json": {"message": "Bad bundle"})", "422\n{\"message\":\"Bad bundle\"}"},
+      {R"("status": 500, "body": "oops")", "500\noops"},
+      {R"("status": 204)", "the text is not JSON: incomplete JSON"},
+      {R"("body": "{\"data\"")", "the text is not JSON: incomplete JSON"},
+      {R"("json": {})", R"(The value of "data" is missing where an object is expected.)"},
+      {R"("json": {"data": {"behavioral_endpoint_url": "u", "behavioral_endpoint_api_token": "t"}})",
+       R"(The value of "data.behavioral_endpoint_api_token_identifier" is missing where a text is expected.)"},
+      {R"("json": {"data": {"behavioral_endpoint_url": "u", "behavioral_endpoint_api_token": 7,
+         "behavioral_endpoint_api_token_identifier": "i"}})",
+       R"(The value of "data.behavioral_endpoint_api_token" is a number where a text is expected.)"},
+      {R"("cut": "before")",
+       "URLSessionTask failed with error: The connection to the server was lost."},
+  };
+  for (const auto& row : kRows) {
+    answer(row.answer);
+    try {
+      verify("key");
+      ADD_FAILURE() << row.text;
+    } catch (const APIError& error) {
+      EXPECT_TRUE(error.errorDescription().starts_with(row.text)) << error.errorDescription();
+    }
+    EXPECT_TRUE(isCacheEmpty()) << row.text;
+  }
+  answer(R"("status": 401)");
+  EXPECT_THROW(verify("key"), AuthenticationTokenManager::TokenError);
+  EXPECT_EQ(log_->count("key"), 0) << "no line holds the key";
+}
+
+TEST_F(BehavioralVerificationTest, ASlowServiceTimesOut) {
+  answer(R"("delay": 60000)");
+  AuthenticationKeychain::setBehaviorVerificationAPIToken("key");
+  try {
+    platform::wait(requester(0.05)->verify());
+    ADD_FAILURE();
+  } catch (const APIError& error) {
+    EXPECT_EQ(error.errorDescription(), "URLSessionTask failed with error: The request timed out.");
+  }
+}
+
+TEST(BehavioralVerificationRequestTypeTest, IsAPostWithoutParametersOrHeadersOfItsOwn) {
+  auto made = request(BehavioralVerificationRequestType::verify);
+  EXPECT_EQ(made.method(), HTTPMethod::post);
+  EXPECT_EQ(made.path(), "/behavioral_verification");
+  EXPECT_EQ(made.parameters(), std::nullopt);
+  EXPECT_EQ(made.headers(), HTTPHeaders::defaultHeaders());
+}
+
+TEST(BehavioralVerificationContainerTest, EndsInAURLWhereItsEndpointIsOne) {
+  BehavioralVerificationContainer container{.endpoint = kEndpoint, .token = "t", .identifier = "i"};
+  EXPECT_EQ(container.endpointURL()->absoluteString(), kEndpoint);
+  EXPECT_EQ(JSONDecoder::decode<BehavioralVerificationContainer>(JSONEncoder::encode(container)),
+            container);
+  container.endpoint = "not a url";
+  EXPECT_EQ(container.endpointURL(), std::nullopt);
+}
+
+TEST(APIServiceTest, FindsTheHandshakeWithItsHost) {
+  auto production = APIService::shared();
+  EXPECT_EQ(APIService::shared(), production);
+  auto source = production->behavioralVerification();
+  EXPECT_EQ(production->behavioralVerification(), source);
+  EXPECT_EQ(source->url(), APIService::Host::production().url());
+  EXPECT_EQ(source->url().scheme(), "https");
+  const auto& configuration = source->requester()->manager()->session()->configuration();
+  EXPECT_EQ(configuration.requestTimeout, 60);
+  EXPECT_EQ(configuration.resourceTimeout, 60);
+  EXPECT_EQ(source->requester()->authenticationTokenManager(), nullptr);
+
+  platform::URLSessionConfiguration basis;
+  basis.maximumBodySize = 1'000;
+  auto custom = URL::parse("https://own.example/api").value();
+  APIService::setShared(std::make_shared<APIService>(APIService::Host::custom(custom), basis));
+  BehavioralVerificationRepository repository;
+  auto api = std::dynamic_pointer_cast<const BehavioralVerificationRequester>(repository.api());
+  ASSERT_TRUE(api);
+  EXPECT_EQ(api->baseURL(), custom);
+  EXPECT_EQ(api->manager()->session()->configuration().maximumBodySize, 1'000U);
+  APIService::setShared(nullptr);
+  EXPECT_EQ(APIService::shared()->behavioralVerification()->url(), source->url());
+}
+
+}  // namespace
+}  // namespace quenwick
