@@ -33,8 +33,8 @@ Task<void> run(std::shared_ptr<URLSession> session, URLRequest request, std::sto
 
 }  // namespace
 
-FailingPublisher<DataResponse> dataTaskPublisher(std::shared_ptr<URLSession> session,
-                                                 URLRequest request, std::stop_token stop) {
+FailingPublisher<DataResponse> dataTaskPublisher(const std::shared_ptr<URLSession>& session,
+                                                 URLRequest request, const std::stop_token& stop) {
   // Shared, as a publisher is copied by every step put behind it.
   auto shared = std::make_shared<const URLRequest>(std::move(request));
   return FailingPublisher<DataResponse>(
