@@ -197,7 +197,7 @@ TEST_F(EventManagerTest, AFailureIsToldWithItsPayloadAndItsError) {
   } kRows[] = {
       {"unauthorized", EventState::failedUnauthorized, "error: "},
       {"forbidden", EventState::failedStatus, "error: 403\n{\"error\":\"Refused on demand\"}"},
-      {"server-error", EventState::failedStatus, "error: 500\nFailed on demand\n"},
+      {"server-error", EventState::failedStatus, "error: 500\nFailed on demand"},
       {"no-content", EventState::failedAnswer, "error: "},
       {"malformed", EventState::failedAnswer, "error: "},
       {"missing-fields", EventState::failedAnswer, "error: "},
