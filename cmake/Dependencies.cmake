@@ -11,3 +11,12 @@ pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)
 pkg_check_modules(PCRE2 REQUIRED IMPORTED_TARGET libpcre2-8)
 pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
 find_program(PLISTUTIL plistutil REQUIRED)
+
+# Only for quenwick-ui. What their files say of the processor is no business of ours, and would not
+# go with the precompiled header.
+if(NOT QUENWICK_SANITIZE)
+  pkg_check_modules(GTK IMPORTED_TARGET gtk4>=4.8 webkitgtk-6.0>=2.40)
+endif()
+if(GTK_FOUND)
+  set_target_properties(PkgConfig::GTK PROPERTIES INTERFACE_COMPILE_OPTIONS "")
+endif()
