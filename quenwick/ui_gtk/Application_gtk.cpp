@@ -63,12 +63,16 @@ void logNotOpened(const platform::URL& url, std::string_view reason) {
                              "\": " + std::string(reason));
 }
 
+struct Opening {
+  platform::URL url;
+  GObjectPointer<GtkWindow> over;
+};
+
 void opened(GObject*, GAsyncResult* result, gpointer data) {
-  std::unique_ptr<platform::URL> url(static_cast<platform::URL*>(data));
+  std::unique_ptr<Opening> opening(static_cast<Opening*>(data));
   GError* error = nullptr;
-  // Any window, or none, serves to read the result.
-  if (gtk_show_uri_full_finish(nullptr, result, &error)) return;
-  logNotOpened(*url, error ? error->message : "unknown");
+  if (gtk_show_uri_full_finish(*opening->over, result, &error)) return;
+  logNotOpened(opening->url, error ? error->message : "unknown");
   g_clear_error(&error);
 }
 
@@ -77,8 +81,9 @@ void opened(GObject*, GAsyncResult* result, gpointer data) {
 void Application::open(const platform::URL& url) {
   if (!mayBeOpened(url)) return logNotOpened(url, "such URLs stay inside pages");
   auto* window = activeWindow(shownWindows());
+  if (!window) return logNotOpened(url, "the application shows no window");
   gtk_show_uri_full(window, url.absoluteString().c_str(), GDK_CURRENT_TIME, nullptr, opened,
-                    new platform::URL(url));
+                    new Opening{url, GObjectPointer<GtkWindow>::referenced(window)});
 }
 
 std::vector<std::shared_ptr<platform::Window>> Application::windows() const {

@@ -13,7 +13,7 @@ constexpr double kArm = 5.25;
 constexpr auto kStyle = R"(
   button.quenwick-close {
     background: none; border: none; box-shadow: none; outline: none;
-    padding: 0; margin: 0; min-width: 44px; min-height: 44px;
+    padding: 0; margin: 0; border-radius: 0; min-width: 44px; min-height: 44px;
     transition: transform 120ms ease-out;
   }
   button.quenwick-close:active { transform: scale(0.92); }

@@ -48,11 +48,15 @@ void Navigation::decideAction(WebKitWebView* view, WebKitNavigationPolicyDecisio
     platform::logPlatformError("A page's link was refused: it is no URL");
     return answer(decision, false);
   }
+  auto page = withoutFragment(url->absoluteString());
   bool isUserInitiated = webkit_navigation_action_is_user_gesture(action) != FALSE;
-  bool isAllowed = ask({*url, isUserInitiated, std::nullopt, opensNewWindow});
-  decided_ = isAllowed && isUserInitiated ? withoutFragment(url->absoluteString()) : "";
+  bool isMoved = std::exchange(moved_, "") == page && !isUserInitiated;
+  bool isAllowed = isMoved || ask({*url, isUserInitiated, std::nullopt, opensNewWindow});
+  decided_ = isAllowed && (isUserInitiated || isMoved) ? page : "";
   answer(decision, isAllowed && !opensNewWindow);
-  if (isAllowed && opensNewWindow) webkit_web_view_load_uri(view, url->absoluteString().c_str());
+  if (!isAllowed || !opensNewWindow) return;
+  moved_ = page;
+  webkit_web_view_load_uri(view, text);
 }
 
 void Navigation::decideResponse(WebKitResponsePolicyDecision* decision, const Ask& ask) {

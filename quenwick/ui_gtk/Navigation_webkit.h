@@ -25,6 +25,7 @@ class Navigation {
                     bool opensNewWindow, const Ask& ask);
   void decideResponse(WebKitResponsePolicyDecision* decision, const Ask& ask);
 
+  std::string moved_;    // the URL that asked for a window, and is loaded in place instead
   std::string decided_;  // the URL that a person started and the delegate has allowed
 };
 

@@ -115,6 +115,7 @@ void textCame(GObject* clipboard, GAsyncResult* result, gpointer data) {
 }
 
 void askText(GdkClipboard* clipboard, QuestionPointer<std::optional<std::string>> question) {
+  if (!offersStrings(gdk_clipboard_get_formats(clipboard))) return question->answer(std::nullopt);
   gdk_clipboard_read_text_async(clipboard, nullptr, textCame, held(std::move(question)));
 }
 
@@ -155,6 +156,7 @@ void streamCame(GObject* clipboard, GAsyncResult* result, gpointer data) {
 }
 
 void askURL(GdkClipboard* clipboard, QuestionPointer<OptionalURL> question) {
+  if (!offersURLs(gdk_clipboard_get_formats(clipboard))) return question->answer(std::nullopt);
   const char* types[] = {kURLs, nullptr};
   gdk_clipboard_read_async(clipboard, types, G_PRIORITY_DEFAULT, nullptr, streamCame,
                            held(std::move(question)));

@@ -23,6 +23,8 @@ Display::Display(int width, int height) : width_(width), height_(height) {
   auto* connection = XOpenDisplay(name_.c_str());
   if (!connection) throw std::runtime_error("no connection to Xvfb");
   connection_ = reinterpret_cast<XDisplay*>(connection);
+  // A window may be gone before an answer about it; Xlib would end the process.
+  XSetErrorHandler([](::Display*, XErrorEvent*) { return 0; });
 }
 
 namespace {
@@ -73,7 +75,7 @@ void Display::focusWindow() {
   unsigned count = 0;
   XQueryTree(display, DefaultRootWindow(display), &root, &parent, &children, &count);
   for (unsigned i = 0; i < count; ++i) {
-    XWindowAttributes attributes;
+    XWindowAttributes attributes{};
     XGetWindowAttributes(display, children[i], &attributes);
     bool isShown = attributes.map_state == IsViewable && attributes.width > 1;
     if (isShown) XSetInputFocus(display, children[i], RevertToParent, CurrentTime);

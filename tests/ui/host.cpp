@@ -59,12 +59,15 @@ void describeCloseButton() {
   if (!gtk_widget_compute_bounds(button, GTK_WIDGET(window), &bounds)) return;
   auto* wrong = gtk_test_accessible_check_property(GTK_ACCESSIBLE(button),
                                                    GTK_ACCESSIBLE_PROPERTY_LABEL, "Close");
+  // A cover that is dismissed takes no more clicks while it fades.
+  bool isLeaving = !gtk_widget_get_can_target(gtk_widget_get_parent(button));
   say({{"closeButton", platform::Dictionary{{"x", bounds.origin.x},
                                             {"y", bounds.origin.y},
                                             {"width", bounds.size.width},
                                             {"height", bounds.size.height},
                                             {"isVisible", gtk_widget_get_visible(button) != FALSE},
-                                            {"isNamedClose", wrong == nullptr}}}});
+                                            {"isNamedClose", wrong == nullptr},
+                                            {"isLeaving", isLeaving}}}});
   g_free(wrong);
 }
 
