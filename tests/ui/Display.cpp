@@ -89,6 +89,16 @@ std::uint32_t Display::colorAt(int x, int y) const {
   return static_cast<std::uint32_t>(XGetPixel(image.get(), 0, 0) & 0xffffff);
 }
 
+std::uint32_t Display::checksum() const {
+  auto image = imageOf(connection_, 0, 0, width_, height_);
+  std::uint32_t sum = 2166136261U;
+  auto size = static_cast<std::ptrdiff_t>(image->bytes_per_line) * height_;
+  for (auto* byte = image->data; byte != image->data + size; ++byte) {
+    sum = (sum ^ static_cast<unsigned char>(*byte)) * 16777619U;
+  }
+  return sum;
+}
+
 bool Display::save(const std::string& file) const {
   auto image = imageOf(connection_, 0, 0, width_, height_);
   auto* surface = cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(image->data),

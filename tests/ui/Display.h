@@ -32,6 +32,9 @@ class Display {
   /// 0xRRGGBB of a pixel that is seen.
   std::uint32_t colorAt(int x, int y) const;
 
+  /// A number that differs where what is seen differs.
+  std::uint32_t checksum() const;
+
   /// Writes what is seen as a PNG file; whether it could.
   bool save(const std::string& file) const;
 

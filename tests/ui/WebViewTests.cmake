@@ -19,3 +19,7 @@ target_link_libraries(web_view_tests PRIVATE quenwick_ui_test_support)
 quenwick_program(web_view_tests)
 add_test(NAME web_view_tests COMMAND web_view_tests)
 set_tests_properties(web_view_tests PROPERTIES TIMEOUT 300)
+
+add_executable(ui_screenshots ui/screenshots.cpp)
+target_link_libraries(ui_screenshots PRIVATE quenwick_ui_test_support)
+quenwick_program(ui_screenshots)

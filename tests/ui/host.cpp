@@ -116,7 +116,14 @@ void activate(GtkApplication* application, gpointer) {
   ui::install();
   window = GTK_WINDOW(gtk_application_window_new(application));
   gtk_window_set_decorated(window, FALSE);
-  gtk_window_set_default_size(window, 800, 600);
+  // There is no window manager to do this.
+  GdkRectangle screen;
+  auto* display = gtk_widget_get_display(GTK_WIDGET(window));
+  auto* monitor =
+      static_cast<GdkMonitor*>(g_list_model_get_item(gdk_display_get_monitors(display), 0));
+  gdk_monitor_get_geometry(monitor, &screen);
+  g_object_unref(monitor);
+  gtk_window_set_default_size(window, screen.width, screen.height);
   auto* content = gtk_entry_new();
   gtk_window_set_child(window, content);
   g_signal_connect(window, "notify::child", reinterpret_cast<GCallback>(contentChanged), nullptr);
