@@ -1,6 +1,7 @@
 #include "quenwick/ui/WebViewController.h"
 
 #include <gtest/gtest.h>
+#include <link.h>
 
 #include <stdexcept>
 
@@ -178,6 +179,20 @@ TEST_F(WebViewControllerTest, AHandlerThatThrowsEndsInOneErrorLine) {
   EXPECT_TRUE(controller_.expired()) << "what follows the report is done all the same";
   EXPECT_EQ(log_->count("host's fault"), 1);
   EXPECT_EQ(log_->count("error: "), 1);
+}
+
+TEST(WebViewController, NeedsNoWindowToolkitInTheProgram) {
+  std::string loaded;
+  dl_iterate_phdr(
+      [](dl_phdr_info* library, std::size_t, void* names) {
+        *static_cast<std::string*>(names) += std::string(library->dlpi_name) + "\n";
+        return 0;
+      },
+      &loaded);
+  EXPECT_NE(loaded.find("libcurl"), loaded.npos);
+  for (auto* name : {"libgtk", "libgdk", "libwebkit", "libX11"}) {
+    EXPECT_EQ(loaded.find(name), loaded.npos) << loaded;
+  }
 }
 
 TEST(WebViewController, CannotBeMadeFromAnArchive) {

@@ -306,6 +306,23 @@ TEST_F(WebViewTest, APageThatDoesNotComeEndsTheViewWithALine) {
   }
 }
 
+TEST_F(WebViewTest, ALinkThatLeadsElsewhereIsOpenedOutsideAndLeavesNoEmptyView) {
+  serve({{"/moved", {{"status", 302}, {"headers", Dictionary{{"Location", "/out"}}}}},
+         {"/out", {{"body", "out"}}}});
+  start("message", "/moved");
+  EXPECT_TRUE(isClosed());
+  std::vector<std::string> urls;
+  EXPECT_TRUE(eventually([&] { return !(urls = host_->opened()).empty(); }));
+  EXPECT_EQ(urls, std::vector<std::string>{address("/out")});
+}
+
+TEST_F(WebViewTest, AServerThatDoesNotAnswerInTimeFailsTheLoad) {
+  serve({{"/held", {{"delay", 60'000}}}});
+  host_->tell("impatient " + address("/held"));
+  EXPECT_EQ(host_->next("load"), Value("failed -1001"));
+  EXPECT_TRUE(isClosed());
+}
+
 TEST_F(WebViewTest, AProcessThatDiesOrHangsEndsTheViewAndTheHostLivesOn) {
   serve("/m", page("<div style='position:fixed;inset:0' onclick='for(;;);'></div>"));
   for (bool hangs : {false, true}) {

@@ -15,6 +15,7 @@
 #include "quenwick/platform/MainActor.h"
 #include "quenwick/platform/Pasteboard.h"
 #include "quenwick/state/Analytics.h"
+#include "quenwick/ui/UIApplication.h"
 #include "quenwick/ui/WebViewController.h"
 #include "quenwick/ui_gtk/quenwick-ui.h"
 
@@ -71,6 +72,35 @@ void describeCloseButton() {
   g_free(wrong);
 }
 
+/// Shows a page as any controller may, and gives it half a second to come.
+class Impatient : public platform::ViewController,
+                  public platform::WebViewDelegate,
+                  public std::enable_shared_from_this<Impatient> {
+ public:
+  explicit Impatient(platform::URL url) : url_(std::move(url)) {}
+
+  void viewDidLoad() override { view_ = screen()->addWebView(weak_from_this()); }
+  void viewDidLayoutSubviews() override { view_->load({.url = url_, .timeoutInterval = 0.5}); }
+  void webViewDidFinish(platform::WebView&) override { end("finished"); }
+  void webView(platform::WebView&, const platform::NavigationAction&,
+               const DecisionHandler& decide) override {
+    decide(platform::NavigationPolicy::allow);
+  }
+  void webView(platform::WebView&, const platform::PlatformError& error) override {
+    end("failed " + std::to_string(error.code()));
+  }
+  void webViewWebContentProcessDidTerminate(platform::WebView&) override { end("terminated"); }
+
+ private:
+  void end(const std::string& how) {
+    say({{"load", how}});
+    dismiss(/*animated=*/false);
+  }
+
+  platform::URL url_;
+  std::unique_ptr<platform::WebView> view_;
+};
+
 platform::Task<void> paste() {
   auto pasteboard = platform::Pasteboard::general();
   auto hasURLs = co_await pasteboard->hasURLs();
@@ -102,6 +132,9 @@ void obey(const std::string& line) {
     WebViewController::show(*platform::URL::parse(first), command == "browser",
                             command == "message-without-close",
                             [](const std::string& id) { say({{"button", id}}); });
+  }
+  if (command == "impatient") {
+    UIApplication::keyWindow()->present(std::make_shared<Impatient>(*platform::URL::parse(first)));
   }
   if (command == "close-button") describeCloseButton();
   if (command == "link-user") Analytics::shared().setQWU(first);
