@@ -29,7 +29,7 @@ std::optional<platform::URL> pageURL(const platform::URL& link, platform::ViewSi
       {"qw_viewport_width", wholePoints(viewport.width)},
       {"qw_viewport_height", wholePoints(viewport.height)},
   };
-  if (linkUser) items.push_back({"qw_u", *linkUser});
+  if (linkUser) items.push_back({"qw_u", linkUser});
   items.push_back({"inFrame", std::nullopt});
   components.appendQueryItems(items);
   return components.url();

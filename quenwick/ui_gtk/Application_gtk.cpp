@@ -90,6 +90,7 @@ std::vector<std::shared_ptr<platform::Window>> Application::windows() const {
   std::vector<std::shared_ptr<platform::Window>> all;
   auto shown = shownWindows();
   auto* active = activeWindow(shown);
+  all.reserve(shown.size());
   for (auto* window : shown) all.push_back(std::make_shared<Window>(window, window == active));
   return all;
 }
