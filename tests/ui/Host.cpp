@@ -1,6 +1,7 @@
 #include "tests/ui/Host.h"
 
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 #include "quenwick/platform/JSONSerialization.h"
@@ -89,11 +90,12 @@ std::vector<platform::Value> Host::said(const std::string& key) {
 }
 
 std::vector<std::string> Host::opened() {
+  std::ifstream stream(folder_.path() / "opened");
+  std::string all{std::istreambuf_iterator<char>(stream), {}};
   std::vector<std::string> urls;
-  auto file = folder_.path() / "opened";
-  std::ifstream stream(file);
-  for (std::string url; std::getline(stream, url);) urls.push_back(url);
-  std::filesystem::remove(file);
+  for (std::size_t end; (end = all.find('\n', openedSize_)) != all.npos; openedSize_ = end + 1) {
+    urls.push_back(all.substr(openedSize_, end - openedSize_));
+  }
   return urls;
 }
 

@@ -31,7 +31,7 @@ class Host {
   /// The values of that key among all that it has said so far, and forgets them.
   std::vector<platform::Value> said(const std::string& key);
 
-  /// The URLs that were opened outside so far, and forgets them.
+  /// The URLs that were opened outside since the last call.
   std::vector<std::string> opened();
 
  private:
@@ -41,6 +41,7 @@ class Host {
   TemporaryDirectory folder_;
   std::unique_ptr<ChildProcess> program_;
   std::vector<platform::Dictionary> said_;
+  std::size_t openedSize_ = 0;  // of their file, as far as it was read
 };
 
 }  // namespace quenwick::tests
