@@ -121,9 +121,10 @@ class QWClient {
   /// Resolves a link whether or not it can be handled. `completion` is called on the main actor,
   /// once; a resolution that is stopped, or past its deadline, ends at once with a failure.
   static void resolve(std::string_view url, DeeplinkHandler completion,
-                      ResolveOptions options = {});
+                      const ResolveOptions& options = {});
   /// The same as a future, which never throws. It must not be waited for on the main actor.
-  static std::future<DeeplinkResult> resolve(std::string_view url, ResolveOptions options = {});
+  static std::future<DeeplinkResult> resolve(std::string_view url,
+                                             const ResolveOptions& options = {});
 
   /// The last link that the application was opened with and that resolved, in this process.
   static std::optional<std::string> storedDeeplink();

@@ -104,7 +104,8 @@ bool QWClient::paste(const std::vector<NSItemProvider>& itemProviders) {
   return false;
 }
 
-void QWClient::resolve(std::string_view url, DeeplinkHandler completion, ResolveOptions options) {
+void QWClient::resolve(std::string_view url, DeeplinkHandler completion,
+                       const ResolveOptions& options) {
   if (!enter() || !completion) return;
   auto call = [completion = std::move(completion)](const DeeplinkResult& result) {
     HostCalls::shared().post([completion, result] { completion(result); });
@@ -112,7 +113,7 @@ void QWClient::resolve(std::string_view url, DeeplinkHandler completion, Resolve
   LinkIntake::shared().resolve(url, options, std::move(call));
 }
 
-std::future<DeeplinkResult> QWClient::resolve(std::string_view url, ResolveOptions options) {
+std::future<DeeplinkResult> QWClient::resolve(std::string_view url, const ResolveOptions& options) {
   auto promise = std::make_shared<std::promise<DeeplinkResult>>();
   auto future = promise->get_future();
   if (enter()) {
