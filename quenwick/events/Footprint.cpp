@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <variant>
 
 namespace quenwick {
@@ -23,7 +24,8 @@ class Sum {
   void add(const Value& value) {
     std::visit(
         [this](const auto& kind) {
-          if constexpr (requires { add(kind); }) add(kind);
+          // A number or a flag has nothing beside it, and would become a value again.
+          if constexpr (std::is_class_v<std::remove_cvref_t<decltype(kind)>>) add(kind);
         },
         value.storage());
   }
