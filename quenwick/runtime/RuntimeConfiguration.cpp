@@ -80,7 +80,7 @@ auto writing(decltype(quenwick_log::write) write, std::shared_ptr<HostContext> c
 }  // namespace
 
 Configuration configurationFrom(const char* json) {
-  if (!json) throw ArgumentError("is a null pointer");
+  if (!json) throw ArgumentError("the configuration is a null pointer");
   Fields fields("the configuration", platform::JSONSerialization::parse(json));
   Configuration configuration{
       .serviceURL = fields.take<Text>("serviceURL"),

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef QUENWICK_C_H
+#define QUENWICK_C_H
 
 // The library for every language that can call C. Operations go by selector, arguments and answers
 // are JSON; docs/c-interface.md has examples.
@@ -80,7 +81,7 @@ QUENWICK_API bool quenwick_configure(const char* configuration, const quenwick_e
 ///
 /// True where the selector was performed; `answer`, if not null, is then set to its result as JSON,
 /// "null" where it has none. False where nothing was done: `answer` is then a text that says what
-/// is wrong and where, as in "setQWU:, argument 1 (value): must be text or null and is an integer".
+/// is wrong and where, as in "setQWU:, argument 1 (value): must be text and is an integer".
 /// Either is to be freed by `quenwick_free`; null stands for a lack of memory.
 QUENWICK_API bool quenwick_perform(const char* selector, const char* arguments,
                                    const quenwick_callback* callback, char** answer);
@@ -103,4 +104,6 @@ QUENWICK_API bool quenwick_shutdown(uint32_t milliseconds);
 
 #ifdef __cplusplus
 }
+#endif
+
 #endif
