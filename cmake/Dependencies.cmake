@@ -12,3 +12,12 @@ pkg_check_modules(PCRE2 REQUIRED IMPORTED_TARGET libpcre2-8)
 pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
 pkg_check_modules(SECRET REQUIRED IMPORTED_TARGET libsecret-1)
 find_program(PLISTUTIL plistutil REQUIRED)
+
+# Only for quenwick-ui. What their files say of the processor is no business of ours, and would not
+# go with the precompiled header.
+if(NOT QUENWICK_SANITIZE)
+  pkg_check_modules(GTK IMPORTED_TARGET gtk4>=4.8 webkitgtk-6.0>=2.40)
+endif()
+if(GTK_FOUND)
+  set_target_properties(PkgConfig::GTK PROPERTIES INTERFACE_COMPILE_OPTIONS "")
+endif()

@@ -1,4 +1,13 @@
+#include <boost/json/serialize.hpp>
+#include <boost/json/string.hpp>
+#include <string>
+#include <utility>
+
 #include "sandbox/Sandbox.h"
+
+namespace quenwick::resources {
+extern const std::string_view kSpringPage, kSizesPage, kLookbookPage, kCarePage;
+}  // namespace quenwick::resources
 
 namespace quenwick::sandbox {
 namespace {
@@ -101,7 +110,14 @@ constexpr std::string_view kDefaultScenario = R"({
   "answers": [
     {"at": "https://shop.example/", "body": "<!doctype html><title>Shop</title><h1>Shop</h1>\n"},
     {"at": "https://links.shop.example/p/go/304", "status": 302, "type": "text/plain",
-     "body": "a redirect that leads nowhere\n"}
+     "body": "a redirect that leads nowhere\n"},
+
+    {"at": "/messages/spring", "body": "@spring"},
+    {"at": "/messages/sizes", "body": "@sizes"},
+    {"at": "/pages/lookbook", "body": "@lookbook"},
+    {"at": "/pages/care", "body": "@care"},
+    {"at": "/pages/slow", "body": "@lookbook", "delay": 4000},
+    {"at": "/pages/failing", "cut": "before"}
   ],
 
   "behavior": {
@@ -120,8 +136,26 @@ constexpr std::string_view kDefaultScenario = R"({
   }
 })";
 
+/// Puts the pages, which are files of their own, where the scenario names them.
+std::string withPages(std::string scenario) {
+  for (auto [name, page] : {std::pair(R"("@spring")", resources::kSpringPage),
+                            {R"("@sizes")", resources::kSizesPage},
+                            {R"("@lookbook")", resources::kLookbookPage},
+                            {R"("@care")", resources::kCarePage}}) {
+    auto body = boost::json::serialize(boost::json::string(page));
+    for (auto at = scenario.find(name); at != scenario.npos; at = scenario.find(name, at)) {
+      scenario.replace(at, std::string_view(name).size(), body);
+      at += body.size();
+    }
+  }
+  return scenario;
+}
+
 }  // namespace
 
-std::string_view Sandbox::defaultScenario() { return kDefaultScenario; }
+std::string_view Sandbox::defaultScenario() {
+  static const std::string scenario = withPages(std::string(kDefaultScenario));
+  return scenario;
+}
 
 }  // namespace quenwick::sandbox

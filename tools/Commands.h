@@ -14,5 +14,7 @@ int resolveCommand(std::span<const std::string> line);
 int classifyCommand(std::span<const std::string> line);
 int stateCommand(std::span<const std::string> line);
 int verifyCommand(std::span<const std::string> line);
+int sendCommand(std::span<const std::string> line);
+int identifyCommand(std::span<const std::string> line);
 
 }  // namespace quenwick::tools

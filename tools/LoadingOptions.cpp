@@ -61,16 +61,21 @@ platform::URLSessionConfiguration sessionConfiguration(const Arguments& argument
   return configuration;
 }
 
-platform::Cancellable deadline(const Arguments& arguments, const std::stop_source& stop) {
+std::optional<std::chrono::duration<double>> timeout(const Arguments& arguments) {
   auto text = arguments.value("--timeout");
-  if (!text) return {};
+  if (!text) return std::nullopt;
   auto seconds = number<double>(*text);
   constexpr double kLongest = 1e9;
   if (!seconds || !(*seconds >= 0 && *seconds < kLongest)) {
     throw UsageError("--timeout takes seconds, not " + *text);
   }
-  auto duration =
-      std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::duration<double>(*seconds));
+  return std::chrono::duration<double>(*seconds);
+}
+
+platform::Cancellable deadline(const Arguments& arguments, const std::stop_source& stop) {
+  auto patience = timeout(arguments);
+  if (!patience) return {};
+  auto duration = std::chrono::duration_cast<std::chrono::nanoseconds>(*patience);
   return platform::postAfter(duration, platform::pool(), [stop]() mutable { stop.request_stop(); });
 }
 

@@ -19,10 +19,15 @@ constexpr auto kUsage =
   classify LINK     the shape of a link: rpLink, cpLink, goLinks or none
   state             what is kept for this install
   verify            prove an API key, and learn where events go
+  send EVENT        verify, and send one event: product_viewed, product_added, product_removed,
+                    product_searched, category_viewed, order_completed, or one of your own
+    --properties JSON                    the event's properties, as one object
+  identify ID       verify, and say that the user is known by that identifier
+
+  verify, send and identify take:
     --api-key KEY                        the application's key
     --service URL                        ask this service instead of the production one
-
-  Commands that load also take:
+  These and resolve take:
     --cacert PEM                         trust the issuers in this file too
     --connect-to HOST:PORT:ADDRESS:PORT  reach HOST:PORT at ADDRESS:PORT (repeatable)
     --timeout SECONDS                    give up after so long
@@ -44,7 +49,8 @@ struct Command {
 
 constexpr std::array kCommands = {
     Command{"resolve", &resolveCommand}, Command{"classify", &classifyCommand},
-    Command{"state", &stateCommand}, Command{"verify", &verifyCommand}};
+    Command{"state", &stateCommand},     Command{"verify", &verifyCommand},
+    Command{"send", &sendCommand},       Command{"identify", &identifyCommand}};
 
 /// Where the command's name stands: behind the program's own options.
 std::size_t commandIndex(std::span<const std::string> line) {

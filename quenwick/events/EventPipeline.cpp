@@ -115,9 +115,10 @@ void EventPipeline::finishEnded() {
   }
   for (const auto& [payload, error] : ended) {
     --inFlight_;
-    ledger_.move(EventState::inFlight, stateAfter(error.get()));
     bool isIdentification = payload.kind == Kind::identification;
     isIdentification ? tellIdentification(error.get()) : tellEvent(payload.content, error.get());
+    // Last, so that who waits for the end of all events finds their lines written.
+    ledger_.move(EventState::inFlight, stateAfter(error.get()));
   }
 }
 

@@ -2,8 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <type_traits>
-#include <variant>
 
 namespace quenwick {
 namespace {
@@ -13,22 +11,14 @@ using platform::List;
 using platform::Value;
 
 constexpr std::size_t kLookedThrough = 4UL << 20;
+constexpr std::size_t kLookedInto = 512;
 /// A field of a record takes an entry of its payload, its key, and its own place.
 constexpr std::size_t kField = 2 * sizeof(Dictionary::Entry);
 
-/// Adds up until there is enough.
+/// Adds up until there is enough, and no deeper than JSON goes.
 class Sum {
  public:
   std::size_t bytes() const { return bytes_; }
-
-  void add(const Value& value) {
-    std::visit(
-        [this](const auto& kind) {
-          // A number or a flag has nothing beside it, and would become a value again.
-          if constexpr (std::is_class_v<std::remove_cvref_t<decltype(kind)>>) add(kind);
-        },
-        value.storage());
-  }
 
   // What fits into the text's own place takes nothing beside it; the rest has the allocator's
   // share, too.
@@ -36,25 +26,36 @@ class Sum {
     if (text.capacity() >= sizeof(std::string) / 2) bytes_ += text.capacity() + 16;
   }
 
-  void add(const List& list) {
-    bytes_ += list.capacity() * sizeof(Value);
-    for (const auto& element : list) {
-      if (bytes_ > kLookedThrough) return;
-      add(element);
-    }
-  }
-
   void add(const Dictionary& dictionary) {
     bytes_ += dictionary.size() * sizeof(Dictionary::Entry);
     for (const auto& [key, value] : dictionary) {
-      if (bytes_ > kLookedThrough) return;
+      if (!goesOn()) return;
       add(key);
-      add(value);
+      addValue(value);
     }
   }
 
  private:
+  bool goesOn() const { return bytes_ <= kLookedThrough && depth_ <= kLookedInto; }
+
+  void addValue(const Value& value) {
+    ++depth_;
+    if (const auto* text = value.as<std::string>()) add(*text);
+    if (const auto* dictionary = value.as<Dictionary>()) add(*dictionary);
+    if (const auto* list = value.as<List>()) addList(*list);
+    --depth_;
+  }
+
+  void addList(const List& list) {
+    bytes_ += list.capacity() * sizeof(Value);
+    for (const auto& element : list) {
+      if (!goesOn()) return;
+      addValue(element);
+    }
+  }
+
   std::size_t bytes_ = 0;
+  std::size_t depth_ = 0;
 };
 
 template <class Part>

@@ -33,12 +33,14 @@ Task<void> run(std::shared_ptr<URLSession> session, URLRequest request, std::sto
 
 }  // namespace
 
-FailingPublisher<DataResponse> dataTaskPublisher(std::shared_ptr<URLSession> session,
-                                                 URLRequest request, std::stop_token stop) {
+FailingPublisher<DataResponse> dataTaskPublisher(const std::shared_ptr<URLSession>& session,
+                                                 URLRequest request, const std::stop_token& stop) {
+  // Shared, as a publisher is copied by every step put behind it.
+  auto shared = std::make_shared<const URLRequest>(std::move(request));
   return FailingPublisher<DataResponse>(
-      [session, request, stop](Subscriber<DataResponse> subscriber) {
+      [session, shared, stop](Subscriber<DataResponse> subscriber) {
         auto subscription = std::make_shared<Subscription>(std::move(subscriber));
-        spawn(run(session, request, stop, subscription));
+        spawn(run(session, *shared, stop, subscription));
         return Cancellable([subscription] {
           if (subscription->isLive.exchange(false)) subscription->stop.request_stop();
         });

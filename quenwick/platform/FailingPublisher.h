@@ -16,7 +16,7 @@ namespace quenwick::platform {
 template <class T>
 struct Subscriber {
   std::function<void(T)> receive;
-  std::function<void(std::exception_ptr failure)> complete;
+  std::function<void(const std::exception_ptr& failure)> complete;
 };
 
 /// A stream of values that ends, well or with a failure. Every subscription is a run of its own.
@@ -27,7 +27,7 @@ class FailingPublisher {
       : subscribe_(std::move(subscribe)) {}
 
   /// A publisher that has failed already; with null, one that ends without a value.
-  static FailingPublisher ended(std::exception_ptr failure) {
+  static FailingPublisher ended(const std::exception_ptr& failure) {
     return FailingPublisher([failure](const Subscriber<T>& subscriber) {
       subscriber.complete(failure);
       return Cancellable();
@@ -42,24 +42,25 @@ class FailingPublisher {
 
   /// Each value as `transform` makes it. What `transform` throws ends the stream.
   template <class Transform>
-  auto map(Transform transform) const {
+  auto map(const Transform& transform) const {
     using Mapped = std::invoke_result_t<Transform, T>;
     return FailingPublisher<Mapped>([subscribe = subscribe_,
                                      transform](Subscriber<Mapped> subscriber) {
       auto mapped = std::make_shared<Mapper<Mapped, Transform>>(transform, std::move(subscriber));
       return subscribe(Subscriber<T>{
           .receive = [mapped](T value) { mapped->receive(std::move(value)); },
-          .complete = [mapped](std::exception_ptr failure) { mapped->complete(failure); }});
+          .complete = [mapped](const std::exception_ptr& failure) { mapped->complete(failure); }});
     });
   }
 
   /// Its failure as `transform` makes it.
-  FailingPublisher mapError(std::function<std::exception_ptr(std::exception_ptr)> transform) const {
+  FailingPublisher mapError(
+      const std::function<std::exception_ptr(const std::exception_ptr&)>& transform) const {
     return FailingPublisher([subscribe = subscribe_, transform](Subscriber<T> subscriber) {
-      subscriber.complete =
-          [transform, complete = std::move(subscriber.complete)](std::exception_ptr failure) {
-            complete(failure ? transform(failure) : nullptr);
-          };
+      subscriber.complete = [transform, complete = std::move(subscriber.complete)](
+                                const std::exception_ptr& failure) {
+        complete(failure ? transform(failure) : nullptr);
+      };
       return subscribe(std::move(subscriber));
     });
   }
@@ -70,7 +71,7 @@ class FailingPublisher {
     Mapper(Transform toApply, Subscriber<Mapped> toCall)
         : transform(std::move(toApply)), subscriber(std::move(toCall)) {}
 
-    void receive(T value) {
+    void receive(T&& value) {
       if (hasEnded) return;
       std::optional<Mapped> mapped;
       std::exception_ptr failure;
@@ -81,7 +82,7 @@ class FailingPublisher {
       }
       mapped ? subscriber.receive(*std::move(mapped)) : complete(failure);
     }
-    void complete(std::exception_ptr failure) {
+    void complete(const std::exception_ptr& failure) {
       if (!std::exchange(hasEnded, true)) subscriber.complete(failure);
     }
 

@@ -68,7 +68,7 @@ class SecretServiceBackend : public SecItemBackend {
   SecItems load() override {
     OwnMainContext context;
     OneSecond second;
-    constexpr auto kFlags =
+    constexpr auto kFlags =  // NOLINTNEXTLINE(clang-analyzer-optin.core.EnumCastOutOfRange)
         static_cast<SecretSearchFlags>(SECRET_SEARCH_ALL | SECRET_SEARCH_LOAD_SECRETS);
     auto found = search(attributes(), kFlags, second.cancellable());
     // Only now: a keyring that is locked meanwhile finds nothing, and says so without an error.

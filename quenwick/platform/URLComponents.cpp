@@ -1,5 +1,7 @@
 #include "quenwick/platform/URLComponents.h"
 
+#include <utility>
+
 #include "quenwick/platform/Text.h"
 
 namespace quenwick::platform {
@@ -26,6 +28,10 @@ void forEachItem(std::string_view query, Use use) {
   }
 }
 
+// What may stand in a name or a value: of a query's characters those that no reader of queries
+// takes for a mark or, as "+", for a blank.
+constexpr std::string_view kAllowedInItem = "!$'()*,:@/?";
+
 }  // namespace
 
 URLComponents::URLComponents(const URL& url)
@@ -44,6 +50,17 @@ std::vector<URLQueryItem> URLComponents::queryItems() const {
     return true;
   });
   return items;
+}
+
+void URLComponents::appendQueryItems(const std::vector<URLQueryItem>& items) {
+  if (items.empty()) return;
+  auto query = percentEncodedQuery.value_or("");
+  for (const auto& item : items) {
+    if (!query.empty()) query += '&';
+    query += percentEncoded(item.name, kAllowedInItem);
+    if (item.value) query += "=" + percentEncoded(*item.value, kAllowedInItem);
+  }
+  percentEncodedQuery = std::move(query);
 }
 
 std::optional<URLQueryItem> URLComponents::queryItem(const URL& url, std::string_view name) {

@@ -34,6 +34,9 @@ class URLComponents {
   /// The query's items in their order; empty where there is no query.
   std::vector<URLQueryItem> queryItems() const;
 
+  /// Adds the items behind those that are there, which stay as they are written.
+  void appendQueryItems(const std::vector<URLQueryItem>& items);
+
   /// The first item of that exact name in the URL's query, or none.
   static std::optional<URLQueryItem> queryItem(const URL& url, std::string_view name);
 

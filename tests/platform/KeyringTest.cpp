@@ -168,7 +168,7 @@ TEST_F(KeyringTest, ARecordThatSaysNothingIsSetAsideAndItemsInTheFileAreFound) {
 
 // A bus that dies takes down hosts whose connection says so; the library's says nothing.
 TEST_F(KeyringTest, AHostsMainLoopGoesOnWhenTheBusDies) {
-  tests::Daemon host(place_.keys({"loop"}));
+  tests::Daemon host(place_.keys(KEYS, {"loop"}));
   ASSERT_EQ(host.line(), "ready");
   keyring().bus().kill();
   EXPECT_EQ(host.line(), "a secret");

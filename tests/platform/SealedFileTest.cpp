@@ -25,7 +25,7 @@ constexpr auto kKeysService = "com.example.keys";
 /// What a process has left that kept fifty items, "a0" and so on, and ended.
 struct Left {
   Left() {
-    auto finished = tests::runProgram(place.keys({"write", "a"}));
+    auto finished = tests::runProgram(place.keys(KEYS, {"write", "a"}));
     EXPECT_EQ(finished.exitCode, 0) << finished.errors;
   }
 

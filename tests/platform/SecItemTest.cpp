@@ -27,7 +27,9 @@ using tests::item;
 class SecItemTest : public testing::TestWithParam<SecItemBackendKind> {
  protected:
   SecItemStore& open() { return place_.open(); }
-  std::vector<std::string> keys(std::vector<std::string> words) { return place_.keys(words); }
+  std::vector<std::string> keys(const std::vector<std::string>& words) {
+    return place_.keys(KEYS, words);
+  }
 
   tests::SecretPlace place_{GetParam()};
 };

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -25,6 +27,7 @@ class RecordingLog : public platform::LogSink {
     static constexpr const char* kNames[] = {"debug: ", "default: ", "error: "};
     std::lock_guard lock(mutex_);
     lines_.push_back(kNames[static_cast<int>(entry.level)] + entry.message);
+    changed_.notify_all();
   }
 
   std::vector<std::string> lines() const {
@@ -36,8 +39,19 @@ class RecordingLog : public platform::LogSink {
                                  [&](const auto& line) { return line.find(part) != line.npos; });
   }
 
+  /// Waits until so many lines hold the part, for half a minute at most; whether they do.
+  bool waitFor(const std::string& part, std::ptrdiff_t times = 1) const {
+    std::unique_lock lock(mutex_);
+    std::size_t seen = 0;
+    return changed_.wait_for(lock, std::chrono::seconds(30), [&] {
+      for (; seen < lines_.size(); ++seen) times -= lines_[seen].find(part) != std::string::npos;
+      return times <= 0;
+    });
+  }
+
  private:
   mutable std::mutex mutex_;
+  mutable std::condition_variable changed_;
   std::vector<std::string> lines_;
 };
 

@@ -16,7 +16,7 @@ class SandboxService {
   /// The scenario is JSON text; empty for the built-in one.
   explicit SandboxService(std::string scenario = {});
 
-  sandbox::Sandbox& sandbox() { return *sandbox_; }
+  sandbox::Sandbox& sandbox() const { return *sandbox_; }
 
   /// A session's configuration that trusts the sandbox and finds every host of the scenario there.
   platform::URLSessionConfiguration configuration() const;

@@ -66,9 +66,9 @@ class SecretPlace {
   }
 
   /// The command line of the program `keys`, and the keychain that it has.
-  std::vector<std::string> keys(const std::vector<std::string>& words) const {
+  std::vector<std::string> keys(const char* program, const std::vector<std::string>& words) const {
     bool isSealed = kind_ == platform::SecItemBackendKind::sealedFile;
-    std::vector<std::string> line{KEYS, folder_.path().string(),
+    std::vector<std::string> line{program, folder_.path().string(),
                                   isSealed ? "sealedFile" : "secretService"};
     line.insert(line.end(), words.begin(), words.end());
     return line;

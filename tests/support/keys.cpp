@@ -66,6 +66,7 @@ int runLoop() {
   std::puts("ready");
   std::fflush(stdout);
   g_main_loop_run(loop);
+  g_main_loop_unref(loop);
   std::puts(read("kept").c_str());
   return 0;
 }

@@ -3,8 +3,7 @@
 #include <chrono>
 
 #include "quenwick/platform/JSONSerialization.h"
-#include "tests/support/Program.h"
-#include "tests/support/SandboxService.h"
+#include "tests/tools/BehaviorProgram.h"
 
 namespace quenwick::tests {
 namespace {
@@ -12,35 +11,14 @@ namespace {
 using platform::Dictionary;
 using platform::Value;
 
-constexpr auto kScenario = R"({"behavior": {
-  "keys": [{"key": "first-key"}, {"key": "second-key"}],
-  "service": "https://api.shop.example", "endpoint": "https://events.shop.example/v1/events"}})";
 constexpr double kWeek = 7 * 24 * 3600.0;
 
-class VerifyTest : public testing::Test {
+class VerifyTest : public BehaviorProgram {
  protected:
-  Finished verify(const std::string& key, std::vector<std::string> more = {"--json"}) {
-    std::vector<std::string> words{QUENWICK_PROGRAM,
-                                   "--home",
-                                   home_.path().string(),
-                                   "--verbose",
-                                   "verify",
-                                   "--api-key",
-                                   key,
-                                   "--service",
-                                   service_.sandbox().service()};
-    for (const auto& all : {service_.options(), more})
-      words.insert(words.end(), all.begin(), all.end());
-    return runProgram(words);
-  }
-  static Dictionary json(const Finished& finished) {
-    return *platform::JSONSerialization::parse(finished.output).as<Dictionary>();
+  Finished verify(const std::string& key, const std::vector<std::string>& more = {"--json"}) {
+    return run(key, {"verify"}, more);
   }
   static Value fromCache(const Finished& finished) { return *json(finished).find("fromCache"); }
-  std::size_t requests() const { return service_.received().size(); }
-
-  TemporaryDirectory home_;
-  SandboxService service_{kScenario};
 };
 
 TEST_F(VerifyTest, TheHandshakeHoldsAWeekAndForItsKeyAlone) {

@@ -25,8 +25,8 @@ platform::Dictionary parametersFrom(const Datapoints& datapoints) {
   return {{"bundle_identifier", bundle->second}, {"api_key", *std::move(key)}};
 }
 
-platform::Task<BehavioralVerificationContainer> run(Requester requester, Datapoints datapoints,
-                                                    std::stop_token stop) {
+platform::Task<BehavioralVerificationContainer> run(BehavioralVerificationRequester requester,
+                                                    Datapoints datapoints, std::stop_token stop) {
   auto request = quenwick::request(BehavioralVerificationRequestType::verify);
   auto read = [datapoints] { return parametersFrom(datapoints); };
   request.setParameters(co_await platform::onKeysThread(read));

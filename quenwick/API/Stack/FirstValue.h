@@ -29,7 +29,7 @@ class FirstValue {
     auto state = state_;
     state->awaiting = awaiting;
     auto receive = [state](T value) { state->end(std::move(value), nullptr); };
-    auto complete = [state](std::exception_ptr failure) {
+    auto complete = [state](const std::exception_ptr& failure) {
       state->end(std::nullopt, failure ? failure : std::make_exception_ptr(MissingOutputError()));
     };
     state->subscriptions->keep(state->id, publisher_.subscribe({receive, complete}));
@@ -48,7 +48,7 @@ class FirstValue {
 
     /// Ends the subscription and, where the task is suspended already, takes it on. What comes
     /// after the first value does not matter.
-    void end(std::optional<T> first, std::exception_ptr error) {
+    void end(std::optional<T> first, const std::exception_ptr& error) {
       if (std::exchange(hasEnded, true)) return;
       value = std::move(first);
       failure = error;

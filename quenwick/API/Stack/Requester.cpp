@@ -15,12 +15,12 @@ namespace {
 using platform::Bytes;
 using platform::FailingPublisher;
 
-std::exception_ptr logged(const platform::Error& error, std::exception_ptr failure) {
+std::exception_ptr logged(const platform::Error& error, const std::exception_ptr& failure) {
   Logger::error(QWLogType::behaviorEvent, error.localizedDescription());
   return failure;
 }
 
-std::exception_ptr transportFailure(std::exception_ptr failure) {
+std::exception_ptr transportFailure(const std::exception_ptr& failure) {
   APIError error(APIError::SessionTaskFailed{platform::errorFrom(failure)});
   return logged(error, std::make_exception_ptr(error));
 }
@@ -78,10 +78,11 @@ platform::URLRequest Requester::built(const Request& request) const {
       .asURLRequest();
 }
 
-FailingPublisher<Bytes> Requester::bodies(const Request& request, std::stop_token stop) const {
+FailingPublisher<Bytes> Requester::bodies(const Request& request,
+                                          const std::stop_token& stop) const {
   if (!manager_->session()) return FailingPublisher<Bytes>::ended(nullptr);
   try {
-    return platform::dataTaskPublisher(manager_->session(), built(request), std::move(stop))
+    return platform::dataTaskPublisher(manager_->session(), built(request), stop)
         .mapError(&transportFailure)
         .map([handlers = request.exception()](platform::DataResponse answer) {
           return validatedBody(std::move(answer), handlers);
@@ -107,8 +108,8 @@ platform::Task<void> Requester::composed(std::shared_ptr<AuthenticationTokenMana
 }
 
 platform::Task<std::filesystem::path> Requester::download(const Request& request,
-                                                          std::stop_token stop) const {
-  auto loading = firstValue(bodies(request, std::move(stop)), subscriptions_);
+                                                          const std::stop_token& stop) const {
+  auto loading = firstValue(bodies(request, stop), subscriptions_);
   try {
     return keep(std::move(loading), cachePath(request));
   } catch (const APIError&) {

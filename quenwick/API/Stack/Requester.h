@@ -50,15 +50,16 @@ class Requester {
   /// `MissingOutputError` where the manager has no session. A request that cannot be built or
   /// loaded is logged. A requested stop ends it with the error of a cancelled load.
   template <Decodable T>
-  platform::Task<T> requestAPI(const Request& request, std::stop_token stop = {}) const {
-    return firstValue(publisher<T>(request, std::move(stop)), subscriptions_);
+  platform::Task<T> requestAPI(const Request& request, const std::stop_token& stop = {}) const {
+    return firstValue(publisher<T>(request, stop), subscriptions_);
   }
 
   /// The same as a publisher, which sends the request once for each subscriber. Values and
   /// failures come on the pool; one of a request that cannot be built inside `subscribe`.
   template <Decodable T>
-  platform::FailingPublisher<T> publisher(const Request& request, std::stop_token stop = {}) const {
-    return bodies(request, std::move(stop)).map(&decodedBody<T>);
+  platform::FailingPublisher<T> publisher(const Request& request,
+                                          const std::stop_token& stop = {}) const {
+    return bodies(request, stop).map(&decodedBody<T>);
   }
 
   /// Applies the steps, in their order, to the composition's request. Throws `TokenError`. To ask
@@ -72,7 +73,7 @@ class Requester {
   /// all, for the user alone to read. Throws as `requestAPI` does, and `platform::PlatformError`
   /// where the file cannot be written.
   platform::Task<std::filesystem::path> download(const Request& request,
-                                                 std::stop_token stop = {}) const;
+                                                 const std::stop_token& stop = {}) const;
 
   /// The file for the body of the request: one for each method, URL and parameters, named so that
   /// none of them can be read from it. Throws the `APIError` of a request that cannot be built.
@@ -81,7 +82,7 @@ class Requester {
  private:
   platform::URLRequest built(const Request& request) const;
   platform::FailingPublisher<platform::Bytes> bodies(const Request& request,
-                                                     std::stop_token stop) const;
+                                                     const std::stop_token& stop) const;
   static platform::Task<void> composed(std::shared_ptr<AuthenticationTokenManager> tokens,
                                        APIComposition composition,
                                        std::vector<APIComposerValue> steps);

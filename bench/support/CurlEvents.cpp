@@ -1,0 +1,95 @@
+#include "bench/support/CurlEvents.h"
+
+#include "quenwick/platform/Text.h"
+
+namespace quenwick::bench {
+namespace {
+
+std::size_t append(char* bytes, std::size_t one, std::size_t count, void* answer) {
+  static_cast<std::string*>(answer)->append(bytes, one * count);
+  return one * count;
+}
+
+}  // namespace
+
+CurlEvents::CurlEvents(const platform::URLSessionConfiguration& configuration,
+                       const platform::URLRequest& request, std::size_t atOnce)
+    : issuers_(configuration.additionalTrustAnchors), multi_(curl_multi_init()), posts_(atOnce) {
+  curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, 6L);
+  for (const auto& to : configuration.connectTo) {
+    auto entry = to.host + ":" + std::to_string(to.port) + ":" + to.toAddress + ":" +
+                 std::to_string(to.toPort);
+    connectTo_.reset(curl_slist_append(connectTo_.release(), entry.c_str()));
+  }
+  for (const auto& [name, value] : request.headerFields) {
+    if (platform::equalsIgnoringCase(name, "Accept-Encoding")) continue;
+    auto line = name + ": " + value;
+    headers_.reset(curl_slist_append(headers_.release(), line.c_str()));
+  }
+  headers_.reset(curl_slist_append(headers_.release(), "Expect:"));
+  for (auto& post : posts_) post.easy = made(request, post);
+}
+
+CURL* CurlEvents::made(const platform::URLRequest& request, Post& post) {
+  auto* easy = curl_easy_init();
+  curl_blob issuers{issuers_.data(), issuers_.size(), CURL_BLOB_NOCOPY};
+  curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+  curl_easy_setopt(easy, CURLOPT_CAINFO_BLOB, &issuers);
+  curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
+  curl_easy_setopt(easy, CURLOPT_CONNECT_TO, connectTo_.get());
+  curl_easy_setopt(easy, CURLOPT_URL, request.url->absoluteString().c_str());
+  curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "br, gzip, deflate");
+  curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.get());
+  curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &append);
+  curl_easy_setopt(easy, CURLOPT_WRITEDATA, &post.answer);
+  curl_easy_setopt(easy, CURLOPT_PRIVATE, &post);
+  return easy;
+}
+
+CurlEvents::~CurlEvents() {
+  for (auto& post : posts_) curl_easy_cleanup(post.easy);
+  curl_multi_cleanup(multi_);
+}
+
+void CurlEvents::begin(Post& post, const std::string& body) {
+  post.answer.clear();
+  curl_easy_setopt(post.easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+  curl_easy_setopt(post.easy, CURLOPT_POSTFIELDS, body.data());
+  curl_multi_add_handle(multi_, post.easy);
+}
+
+bool CurlEvents::ended(const CURLMsg& message, const std::string& answer) {
+  auto* easy = message.easy_handle;
+  long status = 0;
+  Post* post = nullptr;
+  curl_easy_getinfo(easy, CURLINFO_RESPONSE_CODE, &status);
+  curl_easy_getinfo(easy, CURLINFO_PRIVATE, reinterpret_cast<char**>(&post));
+  bool isRight = message.data.result == CURLE_OK && status == 200 && post->answer == answer;
+  curl_multi_remove_handle(multi_, easy);
+  return isRight;
+}
+
+std::size_t CurlEvents::post(const std::vector<std::string>& bodies, const std::string& answer) {
+  std::size_t next = 0;
+  std::size_t right = 0;
+  for (auto& post : posts_) {
+    if (next < bodies.size()) begin(post, bodies[next++]);
+  }
+  for (int running = 1; running > 0;) {
+    curl_multi_perform(multi_, &running);
+    int left = 0;
+    while (auto* message = curl_multi_info_read(multi_, &left)) {
+      Post* post = nullptr;
+      curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, reinterpret_cast<char**>(&post));
+      right += ended(*message, answer) ? 1U : 0U;
+      if (next == bodies.size()) continue;
+      begin(*post, bodies[next++]);
+      running = 1;
+    }
+    if (running > 0) curl_multi_poll(multi_, nullptr, 0, 1000, nullptr);
+  }
+  return right;
+}
+
+}  // namespace quenwick::bench

@@ -1,0 +1,58 @@
+#include "quenwick/platform/Pasteboard.h"
+
+#include <mutex>
+#include <utility>
+
+#include "quenwick/platform/Text.h"
+
+namespace quenwick::platform {
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n";
+
+struct Current {
+  std::mutex mutex;
+  std::shared_ptr<Pasteboard> pasteboard;
+};
+
+Current& current() {
+  static auto& instance = *new Current;
+  return instance;
+}
+
+bool leadsToTheWeb(const URL& url) {
+  auto scheme = lowercased(url.scheme());
+  return (scheme == "http" || scheme == "https") && url.host();
+}
+
+}  // namespace
+
+Task<std::optional<URL>> Pasteboard::probableWebURL() {
+  if (co_await hasURLs()) {
+    auto offered = co_await url();
+    if (offered && leadsToTheWeb(*offered)) co_return offered;
+  }
+  if (!co_await hasStrings()) co_return std::nullopt;
+  auto text = co_await string();
+  co_return text ? platform::probableWebURL(*text) : std::nullopt;
+}
+
+std::shared_ptr<Pasteboard> Pasteboard::general() {
+  std::lock_guard lock(current().mutex);
+  return current().pasteboard;
+}
+
+void Pasteboard::setGeneral(std::shared_ptr<Pasteboard> pasteboard) {
+  std::lock_guard lock(current().mutex);
+  std::swap(current().pasteboard, pasteboard);
+}
+
+std::optional<URL> probableWebURL(std::string_view text) {
+  auto begin = text.find_first_not_of(kBlanks);
+  if (begin == text.npos) return std::nullopt;
+  auto end = text.find_last_not_of(kBlanks);
+  auto url = URL::parse(std::string(text.substr(begin, end - begin + 1)));
+  return url && leadsToTheWeb(*url) ? url : std::nullopt;
+}
+
+}  // namespace quenwick::platform

@@ -1,0 +1,42 @@
+#include "quenwick/ui/NavigationRules.h"
+
+#include "quenwick/platform/Text.h"
+#include "quenwick/platform/URLComponents.h"
+
+namespace quenwick {
+namespace {
+
+using Action = NavigationDecision::Action;
+
+bool carries(const platform::URL& url, std::string_view name) {
+  return platform::URLComponents::queryItem(url, name).has_value();
+}
+
+Action actionForWebPage(bool asInAppBrowser, const platform::NavigationAction& action) {
+  // A window of its own is never made; the person's browser has one.
+  if (asInAppBrowser) return action.opensNewWindow ? Action::openOutside : Action::loadInside;
+  if (carries(action.url, "inFrame")) return Action::loadInside;
+  if (carries(action.url, "inAppBrowser")) return Action::openInAppBrowser;
+  return Action::openOutside;
+}
+
+}  // namespace
+
+std::optional<std::string> buttonID(const platform::URL& url) {
+  auto item = platform::URLComponents::queryItem(url, "buttonID");
+  return item ? item->value : std::nullopt;
+}
+
+NavigationDecision decideNavigation(bool asInAppBrowser, const platform::NavigationAction& action) {
+  auto scheme = platform::lowercased(action.url.scheme());
+  bool isWeb = scheme == "http" || scheme == "https";
+  bool isDocument = scheme == "about" || scheme == "data" || scheme == "blob";
+  if (!action.isUserInitiated && (isWeb || isDocument)) {
+    if (action.opensNewWindow) return {Action::refuse};
+    if (isDocument || !action.isMainFrame.value_or(false)) return {Action::loadInside};
+  }
+  auto decided = isWeb ? actionForWebPage(asInAppBrowser, action) : Action::openOutsideAndDismiss;
+  return {decided, buttonID(action.url)};
+}
+
+}  // namespace quenwick

@@ -1,0 +1,23 @@
+#include <atomic>
+#include <memory>
+
+#include "quenwick/platform/MainActor.h"
+#include "quenwick/ui_gtk/Application_gtk.h"
+#include "quenwick/ui_gtk/MainContext_glib.h"
+#include "quenwick/ui_gtk/PageSettings_webkit.h"
+#include "quenwick/ui_gtk/Pasteboard_gtk.h"
+#include "quenwick/ui_gtk/quenwick-ui.h"
+
+namespace quenwick::ui {
+
+bool install(const Options& options) {
+  static std::atomic<bool> isInstalled = false;
+  if (isInstalled.exchange(true)) return false;
+  configurePages(options);
+  platform::MainActor::setExecutor(std::make_shared<MainContext>());
+  platform::Pasteboard::setGeneral(std::make_shared<Pasteboard>());
+  platform::Application::setShared(std::make_shared<Application>());
+  return true;
+}
+
+}  // namespace quenwick::ui

@@ -1,0 +1,136 @@
+#include "quenwick/API/Requesters/BehavioralEventRequester.h"
+
+#include <gtest/gtest.h>
+
+#include "quenwick/API/APIService/APIService.h"
+#include "quenwick/API/Stack/APIError.h"
+#include "quenwick/API/Stack/APIKeyError.h"
+#include "quenwick/auth/AuthenticationKeychain.h"
+#include "quenwick/auth/SecureSessionData.h"
+#include "quenwick/platform/Calendar.h"
+#include "quenwick/platform/JSONSerialization.h"
+#include "quenwick/state/Analytics.h"
+#include "tests/support/ManualClock.h"
+#include "tests/support/VerifiedService.h"
+
+namespace quenwick {
+namespace {
+
+using platform::Dictionary;
+using tests::sorted;
+
+constexpr auto kCredential = SecureSessionData::behaviorAPIToken;
+
+class BehavioralEventRequesterTest : public testing::Test {
+ protected:
+  std::shared_ptr<BehavioralEventRequester> requester() {
+    auto host = APIService::Host::custom(service_.endpoint());
+    return APIService::shared()->behavioralEvent(host)->requester();
+  }
+
+  static Dictionary event(Dictionary further = {}) {
+    Dictionary payload{{"type", "custom"}, {"event", "seen"}, {"properties", Dictionary()}};
+    for (const auto& [key, value] : further) payload.set(key, value);
+    return payload;
+  }
+
+  tests::VerifiedService service_;
+};
+
+TEST_F(BehavioralEventRequesterTest, ASourceIsAnEndpointWithItsOwnRequester) {
+  auto host = APIService::Host::custom(service_.endpoint());
+  auto source = APIService::shared()->behavioralEvent(host);
+  EXPECT_EQ(source->url(), service_.endpoint());
+  EXPECT_EQ(source->requester()->authenticationTokenManager(), nullptr);
+  EXPECT_NE(source->requester(), APIService::shared()->behavioralEvent(host)->requester());
+  const auto& session = source->requester()->manager()->session()->configuration();
+  EXPECT_EQ(session.requestTimeout, 60);
+  EXPECT_EQ(session.resourceTimeout, 60);
+}
+
+TEST_F(BehavioralEventRequesterTest, AnEventCarriesTheCommonFieldsInPlaceOfItsOwn) {
+  Analytics::shared().setQWU("alice");
+  auto own = event({{"user_id", "me"},
+                    {"anonymous_id", 1},
+                    {"timezone", "here"},
+                    {"timestamp", 5},
+                    {"channel", "mail"}});
+  auto answer = platform::wait(requester()->sendEvent(own));
+  EXPECT_EQ(answer.message, "accepted");
+  EXPECT_FALSE(answer.requestID.empty());
+  ASSERT_EQ(service_.events().size(), 1U);
+  auto sent = service_.events()[0];
+  auto timestamp = *sent.find("timestamp")->as<std::int64_t>();
+  EXPECT_EQ(timestamp % 1000, 0);
+  EXPECT_EQ(sorted(sent),
+            sorted(event({{"user_id", "alice"},
+                          {"anonymous_id", Analytics::shared().anonymousID()},
+                          {"timezone", platform::TimeZone::currentIdentifier()},
+                          {"timestamp", timestamp},
+                          {"channel", Dictionary{{"app", Dictionary{{"name", "sdk"}}}}}})));
+}
+
+TEST_F(BehavioralEventRequesterTest, AUserWhoIsNotKnownHasTheEmptyText) {
+  Analytics::shared().setQWU(std::nullopt);
+  EXPECT_EQ(*requester()->commonEventParameters().find("user_id"), platform::Value(""));
+  EXPECT_EQ(requester()->commonEventParameters().size(), 5U);
+}
+
+TEST_F(BehavioralEventRequesterTest, AnIdentifyRecordGainsTimeAndZoneAlone) {
+  Dictionary payload{{"type", "identify"},
+                     {"user_id", "bob"},
+                     {"anonymous_id", "anon-1"},
+                     {"timestamp", "yesterday"}};
+  platform::wait(requester()->identifyUser(payload));
+  ASSERT_EQ(service_.events().size(), 1U);
+  auto sent = service_.events()[0];
+  payload.set("timezone", platform::TimeZone::currentIdentifier());
+  payload.set("timestamp", *sent.find("timestamp"));
+  EXPECT_EQ(sorted(sent), sorted(payload));
+}
+
+TEST_F(BehavioralEventRequesterTest, TimestampsAreCutToWholeSeconds) {
+  auto at = [](std::int64_t microseconds) {
+    auto clock = std::make_shared<tests::ManualClock>(
+        platform::Date(std::chrono::microseconds(microseconds)));
+    return BehavioralEventRequester::wholeSeconds(clock)();
+  };
+  EXPECT_EQ(at(1'700'000'000'900'000), 1'700'000'000'000);
+  EXPECT_EQ(at(-900'000), 0);
+  BehavioralEventRequester own(APISource::manager({}), service_.endpoint(), [] { return 7; });
+  EXPECT_EQ(*own.mergingTimestamp({}).find("timestamp"), platform::Value(7));
+}
+
+TEST_F(BehavioralEventRequesterTest, WithoutACredentialNothingIsSent) {
+  AuthenticationKeychain::standard().removeObject(rawValue(kCredential));
+  EXPECT_THROW(platform::wait(requester()->sendEvent(event())), APIKeyError);
+  EXPECT_THROW(platform::wait(requester()->identifyUser(event())), APIKeyError);
+  EXPECT_TRUE(service_.receivedPaths().empty());
+}
+
+TEST_F(BehavioralEventRequesterTest, TheCredentialIsTheOneThatIsStoredAtTheTime) {
+  auto sender = requester();
+  platform::wait(sender->sendEvent(event()));
+  AuthenticationKeychain::standard().set("b3RoZXI=", rawValue(kCredential));
+  using TokenError = AuthenticationTokenManager::TokenError;
+  EXPECT_THROW(platform::wait(sender->sendEvent(event())), TokenError);
+  auto all = platform::JSONSerialization::parse(service_.sandbox().requests());
+  const auto& last = all.as<Dictionary>()->find("requests")->as<platform::List>()->back();
+  const auto& headers = *last.as<Dictionary>()->find("headers")->as<Dictionary>();
+  EXPECT_EQ(*headers.find("Authorization"), platform::Value("Basic b3RoZXI="));
+}
+
+TEST_F(BehavioralEventRequesterTest, AnAnswerThatIsNoAcknowledgementDoesNotDecode) {
+  for (const char* fault : {"missing-fields", "wrong-types", "malformed", "no-content"}) {
+    service_.setFaults("[\"" + std::string(fault) + "\"]");
+    try {
+      platform::wait(requester()->sendEvent(event()));
+      ADD_FAILURE() << fault;
+    } catch (const APIError& error) {
+      EXPECT_TRUE(std::holds_alternative<APIError::DecodeFailed>(error.kind())) << fault;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quenwick

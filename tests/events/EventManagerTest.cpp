@@ -1,0 +1,315 @@
+#include <cmath>
+#include <functional>
+
+#include "quenwick/auth/AuthenticationKeychain.h"
+#include "quenwick/auth/SecureSessionData.h"
+#include "quenwick/platform/Calendar.h"
+#include "quenwick/platform/JSONSerialization.h"
+#include "quenwick/state/Analytics.h"
+#include "tests/events/EventTest.h"
+
+namespace quenwick {
+namespace {
+
+using platform::Dictionary;
+using platform::List;
+using platform::URL;
+using platform::Value;
+using tests::sorted;
+using Lines = std::vector<std::string>;
+
+class EventManagerTest : public tests::EventTest {};
+
+Value parsed(const char* json) { return platform::JSONSerialization::parse(json); }
+
+struct KindRow {
+  const char* name;
+  std::function<void(BehaviorEventManager&)> offer;
+  const char* expected;
+  bool hasCommonFields = true;
+};
+
+const std::vector<KindRow>& kinds() {
+  static const auto& rows = *new std::vector<KindRow>{
+      {"product viewed, dictionary",
+       [](auto& manager) {
+         manager.productViewed(Dictionary{{"id", 42},
+                                          {"title", "Böots"},
+                                          {"price", 3.14159},
+                                          {"url", "https://shop.example/42"},
+                                          {"categories", List{Dictionary{{"id", 7}}}},
+                                          {"meta", Dictionary{{"stock", 3}, {"ratio", 1.0}}}});
+       },
+       R"({"type": "track", "event": "product_viewed", "properties": {
+         "id": "42", "title": "Böots", "price": "3.14", "url": "https://shop.example/42",
+         "categories": [{"id": "7"}], "meta": {"stock": 3, "ratio": 1.0}}})"},
+      {"product viewed, typed",
+       [](auto& manager) { manager.productViewed(ProductProperties{.id = "a", .price = 5}); },
+       R"({"type": "track", "event": "product_viewed",
+           "properties": {"id": "a", "price": "5.00", "meta": {}}})"},
+      {"product added, dictionary",
+       [](auto& manager) { manager.productAdded(Dictionary{{"id", "b"}}); },
+       R"({"type": "track", "event": "product_added", "properties": {"id": "b", "meta": {}}})"},
+      {"product added, typed",
+       [](auto& manager) { manager.productAdded(ProductProperties{.id = "c"}); },
+       R"({"type": "track", "event": "product_added", "properties": {"id": "c", "meta": {}}})"},
+      {"product removed, dictionary",
+       [](auto& manager) { manager.productRemoved(Dictionary{{"id", "d"}}); },
+       R"({"type": "track", "event": "product_removed", "properties": {"id": "d", "meta": {}}})"},
+      {"product removed, typed",
+       [](auto& manager) { manager.productRemoved(ProductProperties{.id = "e"}); },
+       R"({"type": "track", "event": "product_removed", "properties": {"id": "e", "meta": {}}})"},
+      {"category viewed, dictionary",
+       [](auto& manager) { manager.categoryViewed(Dictionary{{"id", 1}, {"title", "Shoes"}}); },
+       R"({"type": "track", "event": "category_viewed",
+           "properties": {"id": "1", "title": "Shoes"}})"},
+      {"category viewed, typed",
+       [](auto& manager) { manager.categoryViewed(ProductCategory{.id = "f"}); },
+       R"({"type": "track", "event": "category_viewed", "properties": {"id": "f"}})"},
+      {"order completed, dictionary",
+       [](auto& manager) {
+         manager.orderCompleted(
+             Dictionary{{"id", 9},
+                        {"revenue", 20},
+                        {"products", List{Dictionary{{"id", 1}, {"quantity", 2}}}}});
+       },
+       R"({"type": "track", "event": "order_completed",
+           "context": {"campaign": {"rules_pic_key": "deadbeef"}},
+           "properties": {"id": "9", "revenue": "20.00",
+                          "products": [{"id": "1", "quantity": 2}]}})"},
+      {"order completed, typed",
+       [](auto& manager) {
+         manager.orderCompleted(OrderCompletedProperties{.products = {{.id = "g"}}});
+       },
+       R"({"type": "track", "event": "order_completed",
+           "context": {"campaign": {"rules_pic_key": "deadbeef"}},
+           "properties": {"products": [{"id": "g"}]}})"},
+      {"custom",
+       [](auto& manager) {
+         manager.logCustomEvent("signed_up", {{"age", 18446744073709551615U}, {"type", "x"}});
+       },
+       R"({"type": "custom", "event": "signed_up",
+           "properties": {"age": 18446744073709551615, "type": "x"}})"},
+      {"ready payload",
+       [](auto& manager) {
+         manager.sendEvent({{"type", "custom"}, {"event", "own"}, {"properties", Dictionary()}});
+       },
+       R"({"type": "custom", "event": "own", "properties": {}})"},
+      {"search, dictionary",
+       [](auto& manager) { manager.productSearched(Dictionary{{"query", "boots"}}); },
+       R"({"type": "track", "event": "product_searched", "properties": {"query": "boots"}})"},
+      {"search, typed",
+       [](auto& manager) {
+         manager.productSearched(ProductSearchedProperties{
+             .query = "hats", .url = URL::parse("https://shop.example/s?q=hats")});
+       },
+       R"({"type": "track", "event": "product_searched",
+           "properties": {"query": "hats", "url": "https://shop.example/s?q=hats"}})"},
+      {"identify", [](auto& manager) { manager.identifyUser("bob"); },
+       R"({"type": "identify", "user_id": "bob"})", false},
+  };
+  return rows;
+}
+
+TEST_F(EventManagerTest, EveryKindOfEventArrivesAsItIsDescribed) {
+  Analytics::shared().setQWU("alice");
+  Analytics::shared().setRulesPicKey("deadbeef");
+  start();
+  for (const auto& row : kinds()) {
+    service_.sandbox().forgetEvents();
+    row.offer(*manager_);
+    ASSERT_TRUE(flush()) << row.name;
+    auto events = service_.events();
+    ASSERT_EQ(events.size(), 1U) << row.name;
+    auto expected = *parsed(row.expected).as<Dictionary>();
+    if (row.hasCommonFields) {
+      expected.set("user_id", "alice");
+      expected.set("channel", Dictionary{{"app", Dictionary{{"name", "sdk"}}}});
+    }
+    expected.set("anonymous_id", Analytics::shared().anonymousID());
+    expected.set("timezone", platform::TimeZone::currentIdentifier());
+    auto timestamp = *events[0].find("timestamp");
+    EXPECT_NE(timestamp.as<std::int64_t>(), nullptr) << row.name;
+    expected.set("timestamp", timestamp);
+    EXPECT_EQ(sorted(events[0]), sorted(expected)) << row.name;
+  }
+  EXPECT_TRUE(service_.refusals().empty());
+  EXPECT_EQ(count(EventState::acknowledged), kinds().size());
+}
+
+TEST_F(EventManagerTest, BeforeItIsStartedEveryEventIsRefused) {
+  EXPECT_FALSE(manager_->eventsEnabled());
+  for (const auto& row : kinds()) row.offer(*manager_);
+  EXPECT_EQ(lines(), Lines(kinds().size() + 1, kNotEnabled));
+  EXPECT_EQ(count(EventState::refusedNotEnabled), kinds().size());
+  start();
+  EXPECT_TRUE(manager_->eventsEnabled());
+  ASSERT_TRUE(flush());
+  EXPECT_TRUE(service_.receivedPaths().empty());
+}
+
+TEST_F(EventManagerTest, ASuccessIsOneLineAndAnIdentifiedUserIsNone) {
+  start();
+  manager_->productAdded(Dictionary{{"id", 1}});
+  ASSERT_TRUE(flush());
+  manager_->identifyUser("bob");
+  ASSERT_TRUE(flush());
+  EXPECT_EQ(lines(), Lines{"default: Event: product_added Status: Success"});
+}
+
+TEST_F(EventManagerTest, WhatIsUnsoundIsRefusedInTheOrderOfTheCalls) {
+  manager_->productViewed(Dictionary{{"id", 1}});
+  start();
+  auto deep = Value(List{});
+  for (int i = 0; i < 600; ++i) deep = List{std::move(deep)};
+  manager_->productViewed(Dictionary{{"title", "no id"}});
+  manager_->orderCompleted(Dictionary{{"products", List{}}});
+  manager_->productSearched(Dictionary{{"query", 5}});
+  manager_->logCustomEvent("nan", {{"ratio", std::nan("")}});
+  manager_->logCustomEvent("text", {{"name", "\xff\xfe"}});
+  manager_->logCustomEvent("deep", {{"list", deep}});
+  manager_->logCustomEvent("huge", {{"text", std::string(2 << 20, 'x')}});
+  manager_->sendEvent({{"event", "own"}, {"ratio", std::nan("")}});
+  manager_->productViewed(ProductProperties{.id = "1", .price = std::nan("")});
+  manager_->identifyUser("\xff");
+  ASSERT_TRUE(flush());
+  EXPECT_EQ(lines(),
+            (Lines{kNotEnabled,
+                   "error: Could not log event - id is missing. Must be either a String or Int.",
+                   "error: Could not log event - at least 1 product must exist.",
+                   "error: Could not log event - query is missing. Must be a String.",
+                   "error: Could not log event - ratio is not a finite number.",
+                   "error: Could not log event - name holds text that is not UTF-8.",
+                   "error: Could not log event - it is nested too deeply.",
+                   "error: Could not log event - it is larger than 1 MiB.",
+                   "error: Could not log event - ratio is not a finite number.",
+                   "error: Could not log event - price is not a finite number.",
+                   "error: Could not log event - user_id holds text that is not UTF-8."}));
+  EXPECT_EQ(count(EventState::refusedUnsound), 10U);
+  EXPECT_TRUE(service_.receivedPaths().empty());
+}
+
+TEST_F(EventManagerTest, AFailureIsToldWithItsPayloadAndItsError) {
+  const struct {
+    const char* fault;
+    EventState state;
+    const char* error;
+  } kRows[] = {
+      {"unauthorized", EventState::failedUnauthorized, "error: "},
+      {"forbidden", EventState::failedStatus, "error: 403\n{\"error\":\"Refused on demand\"}"},
+      {"server-error", EventState::failedStatus, "error: 500\nFailed on demand"},
+      {"no-content", EventState::failedAnswer, "error: "},
+      {"malformed", EventState::failedAnswer, "error: "},
+      {"missing-fields", EventState::failedAnswer, "error: "},
+      {"wrong-types", EventState::failedAnswer, "error: "},
+      {"cut", EventState::failedTransport, "error: URLSessionTask failed with error: "},
+      {"cut-during", EventState::failedTransport, "error: URLSessionTask failed with error: "},
+  };
+  start();
+  for (const auto& row : kRows) {
+    service_.setFaults("{\"kind\":\"" + std::string(row.fault) + "\"}");
+    auto before = lines().size();
+    auto countBefore = count(row.state);
+    manager_->logCustomEvent("seen", {{"n", 1}});
+    ASSERT_TRUE(flush()) << row.fault;
+    manager_->identifyUser("bob");
+    ASSERT_TRUE(flush()) << row.fault;
+    EXPECT_EQ(count(row.state), countBefore + 2) << row.fault;
+    auto told = lines();
+    told.erase(told.begin(), told.begin() + static_cast<std::ptrdiff_t>(before));
+    // The HTTP stack has a line of its own for a load that failed.
+    bool isTransport = row.state == EventState::failedTransport;
+    if (isTransport) {
+      ASSERT_EQ(told.size(), 6U) << row.fault;
+      EXPECT_EQ(told[0], told[2]) << row.fault;
+      told = {told[1], told[2], told[4], told[5]};
+    }
+    ASSERT_EQ(told.size(), 4U) << row.fault;
+    EXPECT_EQ(
+        told[0],
+        R"(default: Could not log event {"type":"custom","event":"seen","properties":{"n":1}}:)");
+    EXPECT_TRUE(told[1].starts_with(row.error)) << told[1];
+    EXPECT_EQ(told[2], "default: Could not identify user:");
+    EXPECT_EQ(told[3], told[1]) << row.fault;
+  }
+  service_.setFaults("[]");
+  manager_->logCustomEvent("seen", {});
+  ASSERT_TRUE(flush());
+  EXPECT_EQ(count(EventState::acknowledged), 1U);
+}
+
+TEST_F(EventManagerTest, WithoutACredentialNothingIsSentAndALineSaysSo) {
+  start();
+  AuthenticationKeychain::standard().removeObject(rawValue(SecureSessionData::behaviorAPIToken));
+  manager_->productViewed(ProductProperties{.id = "1"});
+  ASSERT_TRUE(flush());
+  EXPECT_TRUE(lines().at(0).starts_with("default: Could not log event {\"type\":\"track\""));
+  EXPECT_EQ(lines().at(1), "error: No API key is configured");
+  EXPECT_EQ(count(EventState::failedNoCredential), 1U);
+  EXPECT_TRUE(service_.receivedPaths().empty());
+}
+
+TEST_F(EventManagerTest, ASecondStartSendsWhatFollowsToTheNewEndpoint) {
+  start();
+  auto first = manager_->repository();
+  manager_->logCustomEvent("first", {});
+  ASSERT_TRUE(flush());
+  manager_->start(*URL::parse("https://events.shop.example/v2/events"));
+  EXPECT_NE(manager_->repository(), first);
+  manager_->logCustomEvent("second", {});
+  ASSERT_TRUE(flush());
+  EXPECT_EQ(service_.receivedPaths(), (Lines{"/v1/events", "/v2/events"}));
+}
+
+/// Passes on to the real requester and notes the order in which events were handed to it.
+class NotingRequester : public BehavioralEventRequestable {
+ public:
+  explicit NotingRequester(std::shared_ptr<const BehavioralEventRequestable> real)
+      : real_(std::move(real)) {}
+
+  platform::Task<BehavioralEventContainer> sendEvent(Dictionary payload) const override {
+    std::lock_guard lock(mutex_);
+    names_.push_back(*payload.find("event")->as<std::string>());
+    return real_->sendEvent(std::move(payload));
+  }
+  platform::Task<BehavioralEventContainer> identifyUser(Dictionary payload) const override {
+    return real_->identifyUser(std::move(payload));
+  }
+  const TimestampGenerator& timestampGenerator() const override {
+    return real_->timestampGenerator();
+  }
+  Lines names() const {
+    std::lock_guard lock(mutex_);
+    return names_;
+  }
+
+ private:
+  std::shared_ptr<const BehavioralEventRequestable> real_;
+  mutable std::mutex mutex_;
+  mutable Lines names_;
+};
+
+TEST_F(EventManagerTest, EventsLeaveInTheOrderInWhichTheyWereOffered) {
+  auto noting =
+      std::make_shared<NotingRequester>(BehavioralEventRepository(service_.endpoint()).api());
+  manager_->start(std::make_shared<const BehavioralEventRepository>(noting));
+  Lines offered;
+  for (int i = 0; i < 500; ++i) {
+    offered.push_back("event " + std::to_string(i));
+    manager_->logCustomEvent(offered.back(), {});
+  }
+  ASSERT_TRUE(flush());
+  EXPECT_EQ(noting->names(), offered);
+  EXPECT_EQ(service_.events().size(), offered.size());
+}
+
+TEST_F(EventManagerTest, WhatWasTakenIsSentWhenTheManagerHasGone) {
+  start();
+  for (int i = 0; i < 100; ++i) manager_->logCustomEvent("last", {});
+  manager_.reset();
+  EXPECT_TRUE(log_->waitFor("Event: last Status: Success", 100));
+  EXPECT_EQ(service_.events().size(), 100U);
+}
+
+}  // namespace
+}  // namespace quenwick

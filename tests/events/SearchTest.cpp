@@ -1,0 +1,97 @@
+#include "tests/events/EventTest.h"
+
+namespace quenwick {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::Dictionary;
+
+class SearchTest : public tests::EventTest {
+ protected:
+  SearchTest() { start(); }
+
+  void search(const std::string& query) {
+    manager_->productSearched(ProductSearchedProperties{.query = query});
+  }
+
+  /// What was searched for, as it arrived.
+  std::vector<std::string> arrived() {
+    std::vector<std::string> queries;
+    for (const auto& event : service_.events()) {
+      const auto& properties = *event.find("properties")->as<Dictionary>();
+      queries.push_back(*properties.find("query")->as<std::string>());
+    }
+    return queries;
+  }
+
+  bool awaitSearches(std::ptrdiff_t count) {
+    return log_->waitFor("Event: product_searched Status: Success", count);
+  }
+};
+
+using Queries = std::vector<std::string>;
+
+TEST_F(SearchTest, FiveQuickSearchesArriveAsTheLastHalfASecondAfterIt) {
+  for (int i = 1; i <= 5; ++i) {
+    if (i > 1) scheduler_->advance(100ms);
+    search("q" + std::to_string(i));
+  }
+  settle();
+  EXPECT_EQ(count(EventState::droppedSuperseded), 4U);
+  scheduler_->advance(499ms);
+  settle();
+  EXPECT_EQ(count(EventState::waiting), 1U);
+  EXPECT_TRUE(arrived().empty());
+  scheduler_->advance(1ms);
+  ASSERT_TRUE(awaitSearches(1));
+  EXPECT_EQ(arrived(), Queries{"q5"});
+  EXPECT_EQ(count(EventState::waiting), 0U);
+}
+
+TEST_F(SearchTest, SearchesThatAreFurtherApartAllArrive) {
+  search("first");
+  settle();
+  scheduler_->advance(600ms);
+  search("second");
+  settle();
+  scheduler_->advance(600ms);
+  ASSERT_TRUE(awaitSearches(2));
+  EXPECT_EQ(arrived().size(), 2U);
+}
+
+TEST_F(SearchTest, TheQuietPeriodCountsFromTheCallAndNotFromItsTurn) {
+  search("first");
+  scheduler_->advance(500ms);  // perhaps before the search has had its turn
+  settle();
+  scheduler_->advance(0ms);
+  ASSERT_TRUE(awaitSearches(1));
+}
+
+TEST_F(SearchTest, AnUnsoundSearchLeavesTheOneThatWaits) {
+  search("right");
+  manager_->productSearched(Dictionary{{"query", 7}});
+  settle();
+  scheduler_->advance(500ms);
+  ASSERT_TRUE(awaitSearches(1));
+  EXPECT_EQ(arrived(), Queries{"right"});
+}
+
+TEST_F(SearchTest, AFlushSendsAWaitingSearchAtOnceAndOnce) {
+  search("boots");
+  ASSERT_TRUE(flush());
+  EXPECT_EQ(arrived(), Queries{"boots"});
+  scheduler_->advance(10s);
+  ASSERT_TRUE(flush());
+  EXPECT_EQ(arrived().size(), 1U);
+}
+
+TEST_F(SearchTest, ASearchIsDroppedWithItsManager) {
+  search("boots");
+  settle();
+  manager_.reset();
+  scheduler_->advance(10s);
+  EXPECT_TRUE(arrived().empty());
+}
+
+}  // namespace
+}  // namespace quenwick

@@ -1,0 +1,83 @@
+#include "tests/support/VerifiedService.h"
+
+#include <algorithm>
+
+#include "quenwick/API/APIService/APIService.h"
+#include "quenwick/API/Repository/BehavioralVerificationRepository.h"
+#include "quenwick/platform/JSONSerialization.h"
+
+namespace quenwick::tests {
+namespace {
+
+using platform::Dictionary;
+using platform::List;
+using platform::Value;
+
+constexpr auto kKey = "demo-key";
+
+platform::URL verified(SandboxService& service) {
+  auto host = APIService::Host::custom(*platform::URL::parse(service.sandbox().service()));
+  APIService::setShared(std::make_shared<APIService>(host, service.configuration()));
+  BehavioralVerificationRepository repository;
+  repository.invalidateBehaviorEndpointCache();
+  return platform::wait(repository.verify(kKey));
+}
+
+std::vector<Dictionary> listed(const std::string& json, const char* name) {
+  auto all = platform::JSONSerialization::parse(json);
+  std::vector<Dictionary> entries;
+  for (const auto& entry : *all.as<Dictionary>()->find(name)->as<List>()) {
+    entries.push_back(*entry.as<Dictionary>());
+  }
+  return entries;
+}
+
+}  // namespace
+
+VerifiedService::VerifiedService()
+    : service_(std::make_unique<SandboxService>()), endpoint_(verified(*service_)) {
+  service_->sandbox().forgetRequests();
+}
+
+void VerifiedService::setFaults(std::string_view faults) {
+  sandbox().setFaults(sandbox::BehaviorPart::events, faults);
+}
+
+std::vector<Dictionary> VerifiedService::events() {
+  std::vector<Dictionary> bodies;
+  for (const auto& entry : listed(sandbox().events(), "events")) {
+    bodies.push_back(*entry.find("body")->as<Dictionary>());
+  }
+  return bodies;
+}
+
+std::vector<Dictionary> VerifiedService::refusals() {
+  return listed(sandbox().refusals(), "refusals");
+}
+
+std::vector<std::string> VerifiedService::receivedPaths() const {
+  std::vector<std::string> paths;
+  auto prefix = "POST " + std::string(endpoint_.host().value());
+  for (const auto& line : service_->received()) {
+    if (line.starts_with(prefix)) paths.push_back(line.substr(prefix.size()));
+  }
+  return paths;
+}
+
+void VerifiedService::end() { service_.reset(); }
+
+Value sorted(const Value& value) {
+  if (const auto* list = value.as<List>()) {
+    List result;
+    for (const auto& element : *list) result.push_back(sorted(element));
+    return result;
+  }
+  const auto* dictionary = value.as<Dictionary>();
+  if (!dictionary) return value;
+  std::vector<Dictionary::Entry> entries;
+  for (const auto& [key, element] : *dictionary) entries.push_back({key, sorted(element)});
+  std::ranges::sort(entries, {}, &Dictionary::Entry::key);
+  return Dictionary::ofUnique(std::move(entries));
+}
+
+}  // namespace quenwick::tests

@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+
+#include "tests/tools/BehaviorProgram.h"
+
+namespace quenwick::tests {
+namespace {
+
+using platform::Dictionary;
+using platform::List;
+using platform::Value;
+
+class SendTest : public BehaviorProgram {
+ protected:
+  Finished send(std::vector<std::string> command, const std::vector<std::string>& more = {}) {
+    auto options = more;
+    options.emplace_back("--json");
+    return run("first-key", std::move(command), options);
+  }
+  /// The events that the sandbox has acknowledged.
+  List events() const {
+    auto all = platform::JSONSerialization::parse(service_.sandbox().events());
+    return *all.as<Dictionary>()->find("events")->as<List>();
+  }
+  static std::string lines(const Finished& finished) {
+    if (finished.output.empty()) return finished.errors;
+    std::string out;
+    auto report = json(finished);
+    const auto* error = report.find("error");
+    if (!error || !error->as<List>()) return "no error: " + finished.output + finished.errors;
+    for (const auto& line : *error->as<List>()) out += *line.as<std::string>() + "|";
+    return out;
+  }
+};
+
+TEST_F(SendTest, EveryEventIsAcknowledgedUnderTheNameThatItWasGiven) {
+  struct {
+    const char* event;
+    const char* properties;
+  } cases[] = {
+      {"product_viewed", R"({"id": 42, "price": 3.5, "meta": {"size": 9007199254740993}})"},
+      {"product_added", R"({"id": "a", "title": "Boots"})"},
+      {"product_removed", R"({"id": "a"})"},
+      {"product_searched", R"({"query": "boots"})"},
+      {"category_viewed", R"({"id": "shoes"})"},
+      {"order_completed",
+       R"({"id": "o1", "revenue": 5, "products": [{"id": "a", "quantity": 2}]})"},
+      {"wished for", R"({"anything": [1, null]})"},
+  };
+  std::size_t count = 0;
+  for (const auto& [event, properties] : cases) {
+    auto finished = send({"send", event}, {"--properties", properties});
+    ASSERT_EQ(finished.exitCode, 0) << event << ": " << lines(finished);
+    auto report = json(finished);
+    EXPECT_EQ(*report.find("event"), event);
+    EXPECT_EQ(*report.find("acknowledged"), true);
+    auto arrived = events();
+    ASSERT_EQ(arrived.size(), ++count) << event;
+    const auto& last = *arrived.back().as<Dictionary>();
+    EXPECT_EQ(*last.find("request_id"), *report.find("requestID"));
+    EXPECT_EQ(*last.find("body")->as<Dictionary>()->find("event"), event);
+  }
+  auto identified = send({"identify", "user-7"});
+  ASSERT_EQ(identified.exitCode, 0) << lines(identified);
+  EXPECT_EQ(*events().back().as<Dictionary>()->find("body")->as<Dictionary>()->find("user_id"),
+            "user-7");
+  EXPECT_EQ(service_.sandbox().refusals(), R"({"refusals":[]})");
+}
+
+TEST_F(SendTest, WhatIsNotAcknowledgedEndsInTheLinesThatTheClientLogs) {
+  struct {
+    std::vector<std::string> command;
+    const char* properties;
+    const char* fault;
+    std::string part;
+  } cases[] = {
+      {{"send", "product_viewed"},
+       "{}",
+       "[]",
+       "Could not log event - id is missing. Must be either a String or Int."},
+      {{"send", "order_completed"},
+       R"({"products": []})",
+       "[]",
+       "Could not log event - at least 1 product must exist."},
+      {{"send", "mine"}, "{}", R"(["server-error"])", R"(Could not log event {"type":"custom")"},
+      {{"send", "mine"}, "{}", R"(["server-error"])", "|500\n"},
+      {{"send", "mine"}, "{}", R"(["malformed"])", "Could not log event {"},
+      {{"send", "mine"}, "{}", R"(["unauthorized"])", "Could not log event {"},
+  };
+  for (const auto& [command, properties, fault, part] : cases) {
+    service_.sandbox().setFaults(sandbox::BehaviorPart::events, fault);
+    auto finished = send(command, {"--properties", properties});
+    EXPECT_EQ(finished.exitCode, 1) << part;
+    EXPECT_EQ(*json(finished).find("acknowledged"), false);
+    EXPECT_NE(lines(finished).find(part), std::string::npos) << lines(finished);
+  }
+  service_.sandbox().setFaults(sandbox::BehaviorPart::events, R"(["server-error"])");
+  EXPECT_NE(lines(send({"identify", "u"})).find("Could not identify user:"), std::string::npos);
+  service_.sandbox().setFaults(sandbox::BehaviorPart::events,
+                               R"([{"kind": "slow", "delay": 60000}])");
+  EXPECT_NE(lines(send({"send", "mine"}, {"--timeout", "0.5"})).find("in time"), std::string::npos);
+}
+
+TEST_F(SendTest, BadUsageExitsWithTwoBeforeAnythingIsSent) {
+  for (const auto& command : {std::vector<std::string>{"send"},
+                              {"send", "mine", "--properties", "[1]"},
+                              {"send", "mine", "--properties", "{"},
+                              {"identify"},
+                              {"identify", "a", "b"}}) {
+    EXPECT_EQ(run("first-key", command, {}).exitCode, 2) << testing::PrintToString(command);
+  }
+  EXPECT_EQ(requests(), 0U);
+}
+
+}  // namespace
+}  // namespace quenwick::tests

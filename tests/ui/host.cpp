@@ -1,0 +1,184 @@
+// An application with one window that shows in-app views. It takes one command per line of standard
+// input and writes what it notices to standard output, one JSON object per line. It ends with its
+// input.
+
+#include <gtk/gtk.h>
+
+#include <cstdio>
+#include <iostream>
+#include <sstream>
+#include <thread>
+
+#include "quenwick/platform/HostConfiguration.h"
+#include "quenwick/platform/JSONSerialization.h"
+#include "quenwick/platform/LogSink.h"
+#include "quenwick/platform/MainActor.h"
+#include "quenwick/platform/Pasteboard.h"
+#include "quenwick/state/Analytics.h"
+#include "quenwick/ui/UIApplication.h"
+#include "quenwick/ui/WebViewController.h"
+#include "quenwick/ui_gtk/quenwick-ui.h"
+
+namespace quenwick::tests {
+namespace {
+
+GtkWindow* window = nullptr;
+
+void say(const platform::Dictionary& event) {
+  auto line = platform::JSONSerialization::text(event) + "\n";
+  std::fwrite(line.data(), 1, line.size(), stdout);
+  std::fflush(stdout);
+}
+
+class SayingLog : public platform::LogSink {
+ public:
+  bool isEnabled(platform::LogLevel level) const override {
+    return level == platform::LogLevel::error;
+  }
+  void write(const platform::LogEntry& entry) override { say({{"error", entry.message}}); }
+};
+
+/// What of the window's content can be seen of its own: the label, or a cover over it.
+void contentChanged(GtkWindow* changed, GParamSpec*, gpointer) {
+  auto* content = gtk_window_get_child(changed);
+  if (content) say({{"covered", GTK_IS_OVERLAY(content) != FALSE}});
+}
+
+GtkWidget* findButton(GtkWidget* widget) {
+  if (GTK_IS_BUTTON(widget) && gtk_widget_has_css_class(widget, "quenwick-close")) return widget;
+  for (auto* child = gtk_widget_get_first_child(widget); child;
+       child = gtk_widget_get_next_sibling(child)) {
+    if (auto* found = findButton(child)) return found;
+  }
+  return nullptr;
+}
+
+void describeCloseButton() {
+  auto* button = findButton(GTK_WIDGET(window));
+  if (!button) return say({{"closeButton", nullptr}});
+  graphene_rect_t bounds;
+  if (!gtk_widget_compute_bounds(button, GTK_WIDGET(window), &bounds)) return;
+  auto* wrong = gtk_test_accessible_check_property(GTK_ACCESSIBLE(button),
+                                                   GTK_ACCESSIBLE_PROPERTY_LABEL, "Close");
+  // A cover that is dismissed takes no more clicks while it fades.
+  bool isLeaving = !gtk_widget_get_can_target(gtk_widget_get_parent(button));
+  say({{"closeButton", platform::Dictionary{{"x", bounds.origin.x},
+                                            {"y", bounds.origin.y},
+                                            {"width", bounds.size.width},
+                                            {"height", bounds.size.height},
+                                            {"isVisible", gtk_widget_get_visible(button) != FALSE},
+                                            {"isNamedClose", wrong == nullptr},
+                                            {"isLeaving", isLeaving}}}});
+  g_free(wrong);
+}
+
+/// Shows a page as any controller may, and gives it half a second to come.
+class Impatient : public platform::ViewController,
+                  public platform::WebViewDelegate,
+                  public std::enable_shared_from_this<Impatient> {
+ public:
+  explicit Impatient(platform::URL url) : url_(std::move(url)) {}
+
+  void viewDidLoad() override { view_ = screen()->addWebView(weak_from_this()); }
+  void viewDidLayoutSubviews() override { view_->load({.url = url_, .timeoutInterval = 0.5}); }
+  void webViewDidFinish(platform::WebView&) override { end("finished"); }
+  void webView(platform::WebView&, const platform::NavigationAction&,
+               const DecisionHandler& decide) override {
+    decide(platform::NavigationPolicy::allow);
+  }
+  void webView(platform::WebView&, const platform::PlatformError& error) override {
+    end("failed " + std::to_string(error.code()));
+  }
+  void webViewWebContentProcessDidTerminate(platform::WebView&) override { end("terminated"); }
+
+ private:
+  void end(const std::string& how) {
+    say({{"load", how}});
+    dismiss(/*animated=*/false);
+  }
+
+  platform::URL url_;
+  std::unique_ptr<platform::WebView> view_;
+};
+
+platform::Task<void> paste() {
+  auto pasteboard = platform::Pasteboard::general();
+  auto hasURLs = co_await pasteboard->hasURLs();
+  auto hasStrings = co_await pasteboard->hasStrings();
+  auto url = co_await pasteboard->url();
+  auto text = co_await pasteboard->string();
+  auto probable = co_await pasteboard->probableWebURL();
+  say({{"hasURLs", hasURLs},
+       {"hasStrings", hasStrings},
+       {"url", url ? platform::Value(url->absoluteString()) : platform::Value()},
+       {"string", text ? platform::Value(*text) : platform::Value()},
+       {"probable", probable ? platform::Value(probable->absoluteString()) : platform::Value()}});
+}
+
+void copy(const std::string& mimeType, const std::string& content) {
+  auto* bytes = g_bytes_new(content.data(), content.size());
+  auto* provider = gdk_content_provider_new_for_bytes(mimeType.c_str(), bytes);
+  gdk_clipboard_set_content(gtk_widget_get_clipboard(GTK_WIDGET(window)), provider);
+  g_object_unref(provider);
+  g_bytes_unref(bytes);
+  say({{"copied", mimeType}});
+}
+
+void obey(const std::string& line) {
+  std::istringstream words(line);
+  std::string command, first, second;
+  words >> command >> first >> second;
+  if (command == "message" || command == "message-without-close" || command == "browser") {
+    WebViewController::show(*platform::URL::parse(first), command == "browser",
+                            command == "message-without-close",
+                            [](const std::string& id) { say({{"button", id}}); });
+  }
+  if (command == "impatient") {
+    UIApplication::keyWindow()->present(std::make_shared<Impatient>(*platform::URL::parse(first)));
+  }
+  if (command == "close-button") describeCloseButton();
+  if (command == "link-user") Analytics::shared().setQWU(first);
+  if (command == "copy") copy(first, second);
+  if (command == "paste") platform::spawn(paste());
+  if (command == "right-to-left") gtk_widget_set_default_direction(GTK_TEXT_DIR_RTL);
+  if (command == "left-to-right") gtk_widget_set_default_direction(GTK_TEXT_DIR_LTR);
+  if (command == "replace-content") gtk_window_set_child(window, gtk_label_new("Other"));
+}
+
+void activate(GtkApplication* application, gpointer) {
+  ui::install();
+  window = GTK_WINDOW(gtk_application_window_new(application));
+  gtk_window_set_decorated(window, FALSE);
+  // There is no window manager to do this.
+  GdkRectangle screen;
+  auto* display = gtk_widget_get_display(GTK_WIDGET(window));
+  auto* monitor =
+      static_cast<GdkMonitor*>(g_list_model_get_item(gdk_display_get_monitors(display), 0));
+  gdk_monitor_get_geometry(monitor, &screen);
+  g_object_unref(monitor);
+  gtk_window_set_default_size(window, screen.width, screen.height);
+  auto* content = gtk_entry_new();
+  gtk_window_set_child(window, content);
+  g_signal_connect(window, "notify::child", reinterpret_cast<GCallback>(contentChanged), nullptr);
+  gtk_window_present(window);
+  say({{"ready", !ui::install()}});
+  std::thread([application] {
+    for (std::string line; std::getline(std::cin, line);) {
+      platform::MainActor::post([line] { obey(line); });
+    }
+    platform::MainActor::post([application] { g_application_quit(G_APPLICATION(application)); });
+  }).detach();
+}
+
+int run(const char* home) {
+  platform::configureHost({.bundleIdentifier = "com.example.host", .home = home});
+  platform::setLogSink(std::make_shared<SayingLog>());
+  auto* application = gtk_application_new("com.example.host", G_APPLICATION_NON_UNIQUE);
+  g_signal_connect(application, "activate", reinterpret_cast<GCallback>(activate), nullptr);
+  return g_application_run(G_APPLICATION(application), 0, nullptr);
+}
+
+}  // namespace
+}  // namespace quenwick::tests
+
+int main(int count, char** words) { return count == 2 ? quenwick::tests::run(words[1]) : 2; }

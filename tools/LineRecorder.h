@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "quenwick/platform/LogSink.h"
+
+namespace quenwick::tools {
+
+/// Keeps the lines that the library logs about events, and hands all on to the sink before it.
+class LineRecorder : public platform::LogSink {
+ public:
+  /// Installs one for the rest of the process.
+  static std::shared_ptr<LineRecorder> install();
+
+  std::vector<std::string> lines() const;
+
+  bool isEnabled(platform::LogLevel level) const override;
+  void write(const platform::LogEntry& entry) override;
+
+ private:
+  explicit LineRecorder(std::shared_ptr<platform::LogSink> next) : next_(std::move(next)) {}
+
+  const std::shared_ptr<platform::LogSink> next_;
+  mutable std::mutex mutex_;
+  std::vector<std::string> lines_;
+};
+
+}  // namespace quenwick::tools
