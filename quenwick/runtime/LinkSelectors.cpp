@@ -19,7 +19,8 @@ std::chrono::nanoseconds nanoseconds(double seconds) {
       std::chrono::duration<double>(std::clamp(seconds, 0.0, kLongestDeadline)));
 }
 
-Handle resolve(const std::string& url, std::optional<double> deadline, OutcomeCallback completion) {
+Handle resolve(const std::string& url, std::optional<double> deadline,
+               const OutcomeCallback& completion) {
   std::stop_source stop;
   auto isOver = std::make_shared<std::atomic<bool>>(false);
   auto handle = Handles::shared().add([stop]() mutable { stop.request_stop(); },
@@ -28,9 +29,10 @@ Handle resolve(const std::string& url, std::optional<double> deadline, OutcomeCa
   if (deadline) options.deadline = nanoseconds(*deadline);
   QWClient::resolve(
       url,
-      [isOver, call = handlerOf(std::move(completion))](const DeeplinkResult& result) {
+      [isOver, completion](const DeeplinkResult& result) {
         *isOver = true;
-        call(result);
+        handlerOf(completion)(result);
+        completion.release();
       },
       options);
   return {handle};
@@ -87,13 +89,13 @@ std::vector<Selector> linkSelectors() {
       selector(
           "resolveWithUrl:completion:",
           [](std::string url, OutcomeCallback completion) {
-            return resolve(url, std::nullopt, std::move(completion));
+            return resolve(url, std::nullopt, completion);
           },
           "url", "completion"),
       selector(
           "resolveWithUrl:deadline:completion:",
           [](std::string url, std::optional<double> deadline, OutcomeCallback completion) {
-            return resolve(url, deadline, std::move(completion));
+            return resolve(url, deadline, completion);
           },
           "url", "deadline", "completion"),
       selector("storedDeeplink", [] { return QWClient::storedDeeplink(); }),

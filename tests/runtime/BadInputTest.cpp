@@ -31,7 +31,7 @@ TEST_F(BadInputTest, IsRefusedWithATextThatSaysWhatAndWhere) {
       {"qwU", "{}", "qwU: must be a list of arguments and is a dictionary"},
       {"qwU", "[1]", "qwU: takes 0 arguments and was given 1"},
       {"qwU", deep.c_str(), "qwU: the text is not JSON: too deep"},
-      {"setQWU:", broken.c_str(), "setQWU:: the text is not JSON: invalid syntax"},
+      {"setQWU:", broken.c_str(), "setQWU:: the text is not JSON: syntax error"},
       {"setQWU:", "[1]", "setQWU:, argument 1 (value): must be text and is an integer"},
       {"setEnabledLogTypes:", "[4]",
        "setEnabledLogTypes:, argument 1 (types): must be from 0 to 3"},
