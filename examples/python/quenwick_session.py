@@ -11,7 +11,6 @@ import argparse
 import ctypes
 import json
 import queue
-import sys
 import time
 
 # The types of quenwick/runtime/quenwick_c.h.
@@ -157,15 +156,10 @@ def parsed_arguments():
     return parser.parse_args()
 
 
-def main():
-    given = parsed_arguments()
-    client = Quenwick(given.library)
-    loop = MainLoop()
-    print("quenwick", client.version)
-
+def configuration(given):
     with open(given.authority, encoding="utf-8") as file:
         authority = file.read()
-    client.configure({
+    return {
         "serviceURL": given.service,
         "trustAnchors": authority,
         "connectTo": [
@@ -174,8 +168,10 @@ def main():
         "bundleIdentifier": "com.example.shop",
         "bundleVersion": "1.0",
         "home": given.home,
-    }, loop, lambda level, message: given.verbose and print("log:", message))
+    }
 
+
+def run_session(client, loop, given):
     enabled, opened, stored = [], [], []
     client.perform("setEventsEnabledHandler:", callback=lambda: enabled.append(True))
     client.perform("startWithApiKey:deeplinkDomains:launchOptions:result:",
@@ -192,10 +188,21 @@ def main():
 
     browse(client)
     print("flushed:", client.flush(seconds=20))
-    print("shut down:", client.shutdown(seconds=10))
+
+
+def main():
+    given = parsed_arguments()
+    client = Quenwick(given.library)
+    loop = MainLoop()
+    print("quenwick", client.version)
+    client.configure(configuration(given), loop,
+                     lambda level, message: given.verbose and print("log:", message))
+    try:
+        run_session(client, loop, given)
+    finally:  # nothing may call into an interpreter that ends
+        print("shut down:", client.shutdown(seconds=10))
     print("still held:", client.held)
-    return 0
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    main()

@@ -23,10 +23,7 @@ class ArgumentError : public platform::Error {
   }
 
  private:
-  ArgumentError(std::string places, std::string fault)
-      : Error(places.empty() ? fault : places + ": " + fault),
-        places_(std::move(places)),
-        fault_(std::move(fault)) {}
+  ArgumentError(std::string places, std::string fault);
 
   std::string places_;
   std::string fault_;

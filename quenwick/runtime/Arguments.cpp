@@ -9,7 +9,8 @@ void Arguments::check(const std::vector<Parameter>& parameters) const {
   bool takesCallback = callback != parameters.end();
   auto count = parameters.size() - (takesCallback ? 1 : 0);
   if (values_.size() != count) {
-    throw ArgumentError("takes " + std::to_string(count) + " arguments" +
+    throw ArgumentError("takes " + std::to_string(count) +
+                        (count == 1 ? " argument" : " arguments") +
                         (takesCallback ? " beside its callback" : "") + " and was given " +
                         std::to_string(values_.size()));
   }

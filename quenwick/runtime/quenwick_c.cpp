@@ -76,13 +76,17 @@ platform::List listFrom(const Selector& selector, std::string_view json) {
             });
 }
 
+void refuseAfterShutdown() {
+  if (Lifecycle::shared().stopToken().stop_requested()) {
+    throw ArgumentError("the library was shut down");
+  }
+}
+
 std::string performed(const char* name, const char* arguments, const quenwick_callback* callback) {
   auto taken = callbackFrom(callback);
   const auto& selector = selectorNamed(given(name, "the selector"));
   auto values = listFrom(selector, given(arguments, "the text of the arguments"));
-  if (Lifecycle::shared().stopToken().stop_requested()) {
-    throw ArgumentError("the library was shut down");
-  }
+  refuseAfterShutdown();
   return JSONSerialization::text(selector.perform(std::move(values), std::move(taken)));
 }
 
@@ -91,6 +95,7 @@ std::string configured(const char* json, const quenwick_executor* executor,
   // Taken first: what is refused is let go of too.
   HostFunctions functions(executor, log);
   auto configuration = configurationFrom(json);
+  refuseAfterShutdown();
   configuration.mainExecutor = std::move(functions.mainExecutor);
   configuration.logHook = std::move(functions.logHook);
   if (auto fault = Lifecycle::shared().configure(std::move(configuration))) {

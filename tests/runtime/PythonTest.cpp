@@ -35,7 +35,8 @@ json::value outline(const json::value& event) {
 
 TEST_F(PythonTest, TheExampleDrivesAWholeSession) {
   auto finished = runProgram(
-      {"/usr/bin/python3", PYTHON_EXAMPLE, "--library", RUNTIME_LIBRARY, "--authority",
+      {"/usr/bin/env", "LD_PRELOAD=" SANITIZER_RUNTIME, "ASAN_OPTIONS=detect_leaks=0",
+       "/usr/bin/python3", PYTHON_EXAMPLE, "--library", RUNTIME_LIBRARY, "--authority",
        sandbox_.certificateAuthority().string(), "--port", std::to_string(sandbox_.port()),
        "--http-port", std::to_string(sandbox_.httpPort()), "--home", home_.path().string()});
   EXPECT_EQ(finished.errors, "");

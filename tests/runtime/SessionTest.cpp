@@ -68,6 +68,7 @@ TEST_F(SessionTest, EveryContextIsLetGoOfOnceAndNothingIsCalledAfterShutdown) {
   EXPECT_EQ(perform("setEventsEnabledHandler:", "[]", &callback),
             (Performed{false, "the library was shut down"}));
   EXPECT_EQ(late.destroyed(), 1);
+  EXPECT_EQ(configure("{}"), "the library was shut down");
   EXPECT_FALSE(Library::shared().flush(1'000));
   EXPECT_TRUE(Library::shared().shutdown(30'000));
 }
