@@ -50,7 +50,7 @@ std::optional<std::string> faultOf(const Configuration& configuration) {
 }  // namespace
 
 bool configure(Configuration configuration) {
-  return Lifecycle::shared().configure(std::move(configuration));
+  return !Lifecycle::shared().configure(std::move(configuration));
 }
 
 Lifecycle& Lifecycle::shared() {
@@ -58,12 +58,12 @@ Lifecycle& Lifecycle::shared() {
   return instance;
 }
 
-bool Lifecycle::configure(Configuration configuration) {
+std::optional<std::string> Lifecycle::configure(Configuration configuration) {
   auto fault = faultOf(configuration);
   if (!fault && !take(std::move(configuration))) fault = "the library is in use already";
   // Without the lock: the host's log hook may call the library.
   if (fault) platform::logPlatformError("The configuration was refused: " + *fault);
-  return !fault;
+  return fault;
 }
 
 bool Lifecycle::take(Configuration configuration) {

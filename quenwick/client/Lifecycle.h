@@ -5,6 +5,7 @@
 #include <mutex>
 #include <optional>
 #include <stop_token>
+#include <string>
 
 #include "quenwick/client/Configuration.h"
 #include "quenwick/platform/URLSession.h"
@@ -16,8 +17,9 @@ class Lifecycle {
  public:
   static Lifecycle& shared();
 
-  /// Takes the configuration, unless the library is in use.
-  bool configure(Configuration configuration);
+  /// Takes the configuration, unless the library is in use. Why it was refused, which is logged
+  /// too; none where it was taken.
+  std::optional<std::string> configure(Configuration configuration);
 
   /// Notes that the library is in use, as every call of a host does first. False, with an error
   /// line, once it was shut down.

@@ -1,0 +1,121 @@
+#include <algorithm>
+#include <atomic>
+
+#include "quenwick/client/HostCalls.h"
+#include "quenwick/client/QWClient.h"
+#include "quenwick/runtime/Handles.h"
+#include "quenwick/runtime/Selectors.h"
+
+namespace quenwick::runtime {
+namespace {
+
+using Paths = std::map<std::string, std::vector<std::string>>;
+using Text = std::optional<std::string>;
+
+constexpr double kLongestDeadline = 1e9;  // seconds
+
+std::chrono::nanoseconds nanoseconds(double seconds) {
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(
+      std::chrono::duration<double>(std::clamp(seconds, 0.0, kLongestDeadline)));
+}
+
+Handle resolve(const std::string& url, std::optional<double> deadline,
+               const OutcomeCallback& completion) {
+  std::stop_source stop;
+  auto isOver = std::make_shared<std::atomic<bool>>(false);
+  auto handle = Handles::shared().add([stop]() mutable { stop.request_stop(); },
+                                      [isOver] { return isOver->load(); });
+  ResolveOptions options{.stop = stop.get_token()};
+  if (deadline) options.deadline = nanoseconds(*deadline);
+  QWClient::resolve(
+      url,
+      [isOver, completion](const DeeplinkResult& result) {
+        *isOver = true;
+        handlerOf(completion)(result);
+        completion.release();
+      },
+      options);
+  return {handle};
+}
+
+Handle subscribe(const StoredLinkCallback& callback) {
+  auto publisher = QWClient::storedDeeplinkPublisher();
+  // The first value would come here and now: all are posted.
+  auto subscription =
+      std::make_shared<Cancellable>(publisher.subscribe([callback](const Text& link) {
+        HostCalls::shared().post([callback, link] { callback({valueOf(link)}); });
+      }));
+  auto end = [subscription, callback] {
+    subscription->cancel();
+    callback.release();
+  };
+  return {Handles::shared().add(end, [] { return false; })};
+}
+
+}  // namespace
+
+std::vector<Selector> linkSelectors() {
+  return {
+      selector(
+          "registerDeeplinkDomains:",
+          [](std::vector<std::string> domains) { QWClient::registerDeeplinkDomains(domains); },
+          "domains"),
+      selector("registerDeeplinkDomainsFromPlist",
+               [] { QWClient::registerDeeplinkDomainsFromPlist(); }),
+      selector("domains", [] { return QWClient::domains(); }),
+      selector(
+          "canHandleURL:", [](std::string url) { return QWClient::canHandleURL(url); }, "url"),
+      selector(
+          "handleUniversalLinkWithUrl:",
+          [](std::string url) { return QWClient::handleUniversalLink(url); }, "url"),
+      selector(
+          "handleUniversalLinkFrom:",
+          [](NSUserActivity activity) { return QWClient::handleUniversalLink(activity); },
+          "activity"),
+      selector(
+          "handleUniversalLinkWith:",
+          [](UISceneConnectionOptions options) { return QWClient::handleUniversalLink(options); },
+          "options"),
+      selector(
+          "handleURLFromLaunchOptions:",
+          [](std::optional<Dictionary> options) {
+            return QWClient::handleURLFromLaunchOptions(options.value_or(Dictionary()));
+          },
+          "options"),
+      selector(
+          "pasteWithItemProviders:",
+          [](std::vector<NSItemProvider> providers) { return QWClient::paste(providers); },
+          "itemProviders"),
+      selector(
+          "resolveWithUrl:completion:",
+          [](std::string url, OutcomeCallback completion) {
+            return resolve(url, std::nullopt, completion);
+          },
+          "url", "completion"),
+      selector(
+          "resolveWithUrl:deadline:completion:",
+          [](std::string url, std::optional<double> deadline, OutcomeCallback completion) {
+            return resolve(url, deadline, completion);
+          },
+          "url", "deadline", "completion"),
+      selector("storedDeeplink", [] { return QWClient::storedDeeplink(); }),
+      selector(
+          "subscribeToStoredDeeplink:",
+          [](StoredLinkCallback receive) { return subscribe(receive); }, "receive"),
+      selector(
+          "cancel:", [](std::int64_t handle) { return Handles::shared().cancel(handle); },
+          "handle"),
+      selector(
+          "addHandleablePaths:", [](Paths paths) { QWClient::addHandleablePaths(paths); }, "paths"),
+      selector(
+          "removeHandleablePathsFor:",
+          [](std::string host) { QWClient::removeHandleablePaths(host); }, "host"),
+      selector("clearHandleablePaths", [] { QWClient::clearHandleablePaths(); }),
+      selector("handleablePaths", [] { return QWClient::handleablePaths(); }),
+      selector("qwU", [] { return QWClient::qwU(); }),
+      selector(
+          "setQWU:", [](Text value) { QWClient::setQWU(std::move(value)); }, "value"),
+  };
+}
+
+}  // namespace quenwick::runtime

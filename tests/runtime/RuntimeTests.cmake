@@ -1,0 +1,36 @@
+# The C functions in a shared library, which a program opens that has nothing else of the library.
+file(GENERATE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/runtime_for_tests.cpp" CONTENT "")
+add_library(quenwick_runtime_for_tests SHARED "${CMAKE_CURRENT_BINARY_DIR}/runtime_for_tests.cpp")
+target_link_libraries(quenwick_runtime_for_tests
+  PRIVATE quenwick_flags "$<LINK_LIBRARY:WHOLE_ARCHIVE,quenwick_runtime>")
+
+add_executable(runtime_tests
+  runtime/BadInputTest.cpp runtime/PythonTest.cpp runtime/SelectorsTest.cpp runtime/SessionTest.cpp
+  support/Program.cpp)
+quenwick_view(runtime_view runtime quenwick/runtime)
+quenwick_view(tests_view tests tests)
+target_include_directories(runtime_tests PRIVATE "${runtime_view}" "${tests_view}")
+target_link_libraries(runtime_tests PRIVATE quenwick_sandbox Boost::json GTest::gtest_main)
+quenwick_program(runtime_tests)
+
+# An interpreter is not built with a sanitizer: its runtime is loaded before everything else.
+set(sanitizer_runtime "")
+if(QUENWICK_SANITIZE)
+  string(REGEX REPLACE "^thread.*" tsan name "${QUENWICK_SANITIZE}")
+  string(REGEX REPLACE "^address.*" asan name "${name}")
+  execute_process(
+    COMMAND "${CMAKE_CXX_COMPILER}" "-print-file-name=libclang_rt.${name}-${CMAKE_SYSTEM_PROCESSOR}.so"
+    OUTPUT_VARIABLE sanitizer_runtime OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+endif()
+target_compile_definitions(runtime_tests PRIVATE
+  RUNTIME_LIBRARY="$<TARGET_FILE:quenwick_runtime_for_tests>"
+  SANITIZER_RUNTIME="${sanitizer_runtime}"
+  PYTHON_EXAMPLE="${PROJECT_SOURCE_DIR}/examples/python/quenwick_session.py")
+add_dependencies(runtime_tests quenwick_runtime_for_tests)
+gtest_discover_tests(runtime_tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+
+foreach(compiler gcc clang-19)
+  add_test(NAME "TheCInterfaceCompilesInAHost.${compiler}"
+    COMMAND ${compiler} -std=c11 -fsyntax-only -Wall -Wextra -Wpedantic -Werror
+            "-I${PROJECT_SOURCE_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}/runtime/host.c")
+endforeach()
