@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "quenwick/client/QWClient.h"
+#include "quenwick/platform/MainActor.h"
 #include "tests/support/SandboxService.h"
 
 namespace quenwick::tests {
@@ -73,6 +74,12 @@ class ClientHost : public testing::Test {
   std::ptrdiff_t logged(const std::string& part) {
     return std::ranges::count_if(lines_.wait(0),
                                  [&](const auto& line) { return line.find(part) != line.npos; });
+  }
+  /// Waits until what was posted to the main actor so far has run.
+  static void settle() {
+    Collected<int> reached;
+    platform::MainActor::post([&] { reached.add(1); });
+    reached.wait(1);
   }
   DeeplinkHandler collect() {
     return [this](const DeeplinkResult& result) {

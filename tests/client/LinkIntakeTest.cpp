@@ -1,4 +1,3 @@
-#include "quenwick/platform/MainActor.h"
 #include "tests/client/ClientHost.h"
 
 namespace quenwick::tests {
@@ -56,9 +55,7 @@ TEST_F(LinkIntakeTest, ALinkBeforeStartIsKeptAndTheLogSaysThatNobodyWasTold) {
   EXPECT_EQ(QWClient::storedDeeplink(), kDestination);
   EXPECT_EQ(QWClient::qwU(), "alice");
   // The handler is called, or found missing, after the link was published: on the same thread.
-  Collected<int> later;
-  platform::MainActor::post([&] { later.add(1); });
-  later.wait(1);
+  settle();
   EXPECT_EQ(logged("no handler was set"), 1);
 }
 

@@ -1,7 +1,6 @@
 #include <stdexcept>
 
 #include "quenwick/platform/JSONSerialization.h"
-#include "quenwick/platform/MainActor.h"
 #include "tests/client/ClientHost.h"
 
 namespace quenwick::tests {
@@ -98,6 +97,7 @@ TEST_F(StartTest, AHandlersExceptionEndsInOneLineAndTheNextIsCalled) {
   auto subscription = QWClient::storedDeeplinkPublisher().subscribe(
       [&](const auto& link) { second.add(link.value_or("")); });
   second.wait(2);
+  settle();  // the handler's turn comes right after the publisher's
   QWClient::start({.shouldRegisterForBehaviorEvents = false, .deeplinkHandler = collect()});
   QWClient::handleUniversalLink("https://l.example/p/go/1f");
   EXPECT_EQ(results_.wait(1).size(), 1U);
@@ -118,9 +118,7 @@ TEST_F(StartTest, AfterShutdownNothingIsCalledAndHandlersAreReleased) {
   EXPECT_TRUE(std::holds_alternative<DeeplinkResolutionError>(
       QWClient::resolve("https://l.example/p/go/1f").get()));
   QWClient::productViewed({{"id", 1}});
-  Collected<int> later;
-  platform::MainActor::post([&] { later.add(1); });
-  later.wait(1);
+  settle();
   EXPECT_EQ(results_.wait(0).size(), called);
   EXPECT_EQ(lines_.wait(0).size(), said) << "the hook is the host's too";
 }
