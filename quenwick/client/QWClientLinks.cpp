@@ -7,6 +7,7 @@
 #include "quenwick/client/QWClient.h"
 #include "quenwick/logging/Logger.h"
 #include "quenwick/platform/Bundle.h"
+#include "quenwick/platform/Pasteboard.h"
 #include "quenwick/platform/Text.h"
 #include "quenwick/state/Analytics.h"
 
@@ -39,6 +40,25 @@ std::string printed(const std::vector<std::string>& texts) {
     separator = ", ";
   }
   return out + "]";
+}
+
+/// The link on the pasteboard, which is read no further than it says that it holds one.
+platform::Task<std::optional<std::string>> linkOn(
+    std::shared_ptr<platform::Pasteboard> pasteboard) {
+  if (co_await pasteboard->hasURLs()) {
+    if (auto url = co_await pasteboard->url()) co_return url->absoluteString();
+  }
+  if (!co_await pasteboard->hasStrings()) co_return std::nullopt;
+  auto text = co_await pasteboard->string();
+  co_return text&& URL::parse(*text) ? text : std::nullopt;
+}
+
+platform::Task<void> checkPasteboard(
+    std::function<void(const std::optional<std::string>&)> completion) {
+  std::optional<std::string> link;
+  if (auto pasteboard = platform::Pasteboard::general()) link = co_await linkOn(pasteboard);
+  if (link) QWClient::handleUniversalLink(*link);
+  if (completion) HostCalls::shared().post([completion, link] { completion(link); });
 }
 
 bool isLink(const std::optional<std::string>& text) { return text && URL::parse(*text); }
@@ -94,6 +114,16 @@ bool QWClient::handleURLFromLaunchOptions(const LaunchOptions& options) {
   }
   Logger::debug(QWLogType::deeplink, "Found URL in launch options");
   return handleUniversalLink(*url);
+}
+
+void QWClient::checkPasteboardOnInstall(
+    std::function<void(const std::optional<std::string>&)> completion) {
+  if (!enter()) return;
+  if (Analytics::shared().isFirstInstall()) {
+    platform::startTask(checkPasteboard(std::move(completion)));
+  } else if (completion) {
+    HostCalls::shared().post([completion = std::move(completion)] { completion(std::nullopt); });
+  }
 }
 
 bool QWClient::paste(const std::vector<NSItemProvider>& itemProviders) {

@@ -1,3 +1,7 @@
+#include <atomic>
+
+#include "quenwick/platform/Pasteboard.h"
+#include "quenwick/state/Analytics.h"
 #include "tests/client/ClientHost.h"
 
 namespace quenwick::tests {
@@ -100,6 +104,65 @@ TEST_F(LinkIntakeTest, EveryKindOfOpeningIsRead) {
   EXPECT_FALSE(QWClient::paste({{.url = "https://stranger.example/p/go/1"}, {.url = kLink}}))
       << "the first link decides";
   EXPECT_FALSE(QWClient::paste({}));
+}
+
+/// What a person copied, and how far it was looked at.
+class Copied : public platform::Pasteboard {
+ public:
+  Copied(std::optional<std::string> url, std::optional<std::string> text)
+      : url_(std::move(url)), text_(std::move(text)) {}
+
+  platform::Task<bool> hasURLs() override { co_return url_.has_value(); }
+  platform::Task<bool> hasStrings() override { co_return text_.has_value(); }
+  platform::Task<std::optional<URL>> url() override {
+    ++reads;
+    co_return URL::parse(url_.value());
+  }
+  platform::Task<std::optional<std::string>> string() override {
+    ++reads;
+    co_return text_;
+  }
+
+  std::atomic<int> reads = 0;
+
+ private:
+  std::optional<std::string> url_;
+  std::optional<std::string> text_;
+};
+
+TEST_F(LinkIntakeTest, TheFirstLaunchTakesALinkFromThePasteboardAndReadsNoMoreThanItMust) {
+  QWClient::start({.deeplinkDomains = {"l.example"},
+                   .shouldRegisterForBehaviorEvents = false,
+                   .deeplinkHandler = collect()});
+  Collected<std::optional<std::string>> looked;
+  auto check = [&](const std::shared_ptr<Copied>& copied) {
+    platform::Pasteboard::setGeneral(copied);
+    auto before = looked.wait(0).size();
+    QWClient::checkPasteboardOnInstall([&](const auto& link) { looked.add(link); });
+    return looked.wait(before + 1).back();
+  };
+  auto empty = std::make_shared<Copied>(std::nullopt, std::nullopt);
+  EXPECT_EQ(check(nullptr), std::nullopt);
+  EXPECT_EQ(check(empty), std::nullopt);
+  EXPECT_EQ(empty->reads, 0);
+  EXPECT_EQ(check(std::make_shared<Copied>(std::nullopt, "no link")), std::nullopt);
+  EXPECT_EQ(check(std::make_shared<Copied>(kLink, "https://l.example/p/go/2")), kLink);
+  EXPECT_EQ(results_.wait(1), Texts{kDestination});
+  EXPECT_EQ(check(std::make_shared<Copied>("", kLink)), kLink) << "no URL: the text counts";
+  EXPECT_EQ(results_.wait(2).size(), 2U);
+  Analytics::shared().clearFirstInstallFlag();
+  auto later = std::make_shared<Copied>(kLink, kLink);
+  EXPECT_EQ(check(later), std::nullopt);
+  EXPECT_EQ(later->reads, 0);
+  platform::Pasteboard::setGeneral(nullptr);
+}
+
+TEST_F(LinkIntakeTest, ViewsWithoutAWindowToolkitAreOneLineEach) {
+  QWClient::showInAppMessage("https://shop.example/messages/spring");
+  QWClient::showInAppBrowser("https://shop.example/pages/care", [](const auto&) {});
+  QWClient::showInAppMessage("no link");
+  settle();
+  EXPECT_EQ(logged("error: "), 3);
 }
 
 TEST_F(LinkIntakeTest, AResolutionOnDemandEndsInTimeAndTellsWhy) {
