@@ -94,7 +94,7 @@ Report send(const std::string& event, const Offer& offer, const Arguments& argum
   auto end = std::chrono::steady_clock::now() + patience;
   std::stop_source stop;
   auto ending = deadline(arguments, stop);
-  auto verification = verify(*service, std::move(apiKey), stop.get_token());
+  auto verification = verify(*service, apiKey, stop.get_token());
   if (verification.error) return {.event = event, .lines = {*verification.error}};
 
   auto recorder = LineRecorder::install();

@@ -51,15 +51,15 @@ std::string apiKeyFrom(const Arguments& arguments) {
   return *std::move(key);
 }
 
-Verification verify(APIService& service, std::string apiKey, const std::stop_token& stop) {
+Verification verify(APIService& service, const std::string& apiKey, const std::stop_token& stop) {
   auto api = std::make_shared<Watched>(service.behavioralVerification()->requester());
   BehavioralVerificationRepository repository(api);
   Verification outcome;
   try {
-    outcome.endpoint = platform::wait(repository.verify(std::move(apiKey), stop)).absoluteString();
+    outcome.endpoint = platform::wait(repository.verify(apiKey, stop)).absoluteString();
     outcome.expiresAt = expiry();
   } catch (...) {
-    outcome.error = verificationFailureLine(std::current_exception());
+    outcome.error = verificationFailureLine(std::current_exception(), apiKey);
   }
   outcome.isFromCache = outcome.endpoint && !api->wasAsked();
   return outcome;

@@ -26,6 +26,6 @@ std::shared_ptr<APIService> serviceFrom(const Arguments& arguments);
 std::string apiKeyFrom(const Arguments& arguments);
 
 /// Runs the handshake, unless its last answer still holds, and waits for it.
-Verification verify(APIService& service, std::string apiKey, const std::stop_token& stop);
+Verification verify(APIService& service, const std::string& apiKey, const std::stop_token& stop);
 
 }  // namespace quenwick::tools

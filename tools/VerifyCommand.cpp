@@ -33,7 +33,7 @@ int verifyCommand(std::span<const std::string> words) {
   auto service = serviceFrom(arguments);
   std::stop_source stop;
   auto ending = deadline(arguments, stop);
-  auto outcome = verify(*service, std::move(apiKey), stop.get_token());
+  auto outcome = verify(*service, apiKey, stop.get_token());
   if (arguments.has("--json")) {
     printJSON(jsonOf(outcome));
   } else {

@@ -3,6 +3,8 @@
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
 #include "quenwick/API/Stack/APIKeyError.h"
 #include "quenwick/platform/Error.h"
+#include "quenwick/platform/JSONSerialization.h"
+#include "quenwick/platform/Text.h"
 
 namespace quenwick {
 namespace {
@@ -21,10 +23,30 @@ std::string reasonOf(const std::exception_ptr& failure) {
   }
 }
 
+constexpr std::size_t kLongestReason = 4000;
+
+void replaceAll(std::string& text, std::string_view part, std::string_view by) {
+  for (auto at = text.find(part); at != text.npos; at = text.find(part, at + by.size())) {
+    text.replace(at, part.size(), by);
+  }
+}
+
+/// The key as it stands in JSON, without the quotes.
+std::string inJSON(std::string_view key) {
+  auto text = platform::JSONSerialization::text(platform::Value(platform::madeUTF8(key)));
+  return text.substr(1, text.size() - 2);
+}
+
 }  // namespace
 
-std::string verificationFailureLine(const std::exception_ptr& failure) {
-  return "Behavioral Verification failed: " + reasonOf(failure);
+std::string verificationFailureLine(const std::exception_ptr& failure, std::string_view apiKey) {
+  auto reason = reasonOf(failure);
+  if (!apiKey.empty()) {
+    replaceAll(reason, apiKey, "…");
+    replaceAll(reason, inJSON(apiKey), "…");
+  }
+  if (reason.size() > kLongestReason) reason = platform::madeUTF8(reason.substr(0, kLongestReason));
+  return "Behavioral Verification failed: " + reason;
 }
 
 }  // namespace quenwick

@@ -14,14 +14,12 @@ void HookLog::write(const platform::LogEntry& entry) {
     if (standardError_.isEnabled(entry.level)) standardError_.write(entry);
     return;
   }
-  HostCalls::shared().run([&] {
-    // Set back whatever the hook throws.
-    struct Inside {
-      Inside() { isInHook = true; }
-      ~Inside() { isInHook = false; }
-    } inside;
-    hook_(entry.level, entry.message);
-  });
+  // Set back only after the call has ended: the line about what the hook throws must not reach it.
+  struct Inside {
+    Inside() { isInHook = true; }
+    ~Inside() { isInHook = false; }
+  } inside;
+  HostCalls::shared().run([&] { hook_(entry.level, entry.message); });
 }
 
 }  // namespace quenwick

@@ -3,6 +3,7 @@
 #include <functional>
 #include <utility>
 
+#include "quenwick/client/HostCalls.h"
 #include "quenwick/platform/Executor.h"
 
 namespace quenwick {
@@ -15,7 +16,8 @@ class HostExecutor : public platform::Executor {
   explicit HostExecutor(Post post) : post_(std::move(post)) {}
 
   void post(platform::Work work) override {
-    platform::runWork([&] { post_([work = std::move(work)] { platform::runWork(work); }); });
+    HostCalls::shared().run(
+        [&] { post_([work = std::move(work)] { platform::runWork(work); }); });
   }
 
  private:

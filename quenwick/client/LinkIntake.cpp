@@ -22,11 +22,15 @@ std::string shown(std::string_view link) {
   return platform::escapedControls(link.substr(0, kLongestShown));
 }
 
+/// The outcome, whatever becomes of it.
 platform::Task<DeeplinkResult> outcomeOf(DeeplinkManager manager, std::stop_token stop) {
   try {
     co_return (co_await manager.resolve(std::move(stop))).absoluteString();
   } catch (const DeeplinkResolutionError& error) {
     co_return error;
+  } catch (...) {
+    auto reason = platform::errorFrom(std::current_exception())->localizedDescription();
+    co_return DeeplinkResolutionError::failure(manager.url().absoluteString(), reason);
   }
 }
 

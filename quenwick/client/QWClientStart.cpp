@@ -24,13 +24,13 @@ platform::Task<platform::URL> endpointFor(std::string apiKey, std::stop_token st
 platform::Task<void> enableEvents(std::string apiKey, std::shared_ptr<Ending> ending) {
   std::exception_ptr failure;
   try {
-    auto endpoint = co_await endpointFor(std::move(apiKey), ending->token());
+    auto endpoint = co_await endpointFor(apiKey, ending->token());
     QWClient::shared()->eventManager().start(endpoint);
     EventsEnabled::shared().announce();
   } catch (...) {
     failure = std::current_exception();
   }
-  if (failure) Logger::error(QWLogType::behaviorEvent, verificationFailureLine(failure));
+  if (failure) Logger::error(QWLogType::behaviorEvent, verificationFailureLine(failure, apiKey));
 }
 
 /// What both forms of `start` do once the handler is set.

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -68,6 +69,7 @@ class ClientHost : public testing::Test {
     }
     configuration.logHook = [this](LogLevel level, std::string_view message) {
       lines_.add((level == LogLevel::error ? "error: " : "") + std::string(message));
+      if (message.find("a hook that throws") != message.npos) throw std::runtime_error("thrown");
     };
     return configuration;
   }

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <stdexcept>
 
 #include "quenwick/platform/JSONSerialization.h"
@@ -102,6 +103,14 @@ TEST_F(StartTest, AHandlersExceptionEndsInOneLineAndTheNextIsCalled) {
   QWClient::handleUniversalLink("https://l.example/p/go/1f");
   EXPECT_EQ(results_.wait(1).size(), 1U);
   EXPECT_EQ(logged("the host's own"), 1);
+}
+
+TEST_F(StartTest, WhatALogHookThrowsIsOneLineOnStandardError) {
+  testing::internal::CaptureStderr();
+  QWClient::registerDeeplinkDomains({"a hook that throws"});
+  auto errors = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(std::ranges::count(errors, '\n'), 1) << errors;
+  EXPECT_NE(errors.find("thrown"), std::string::npos) << errors;
 }
 
 TEST_F(StartTest, AfterShutdownNothingIsCalledAndHandlersAreReleased) {

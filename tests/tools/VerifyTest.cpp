@@ -44,9 +44,16 @@ TEST_F(VerifyTest, NoSecretIsPrintedOrLogged) {
   auto finished = verify("first-key", {});
   ASSERT_EQ(finished.exitCode, 0) << finished.errors;
   ASSERT_NE(service_.sandbox().requests().find("first-key"), std::string::npos) << "it was sent";
-  for (const auto* text : {&finished.output, &finished.errors}) {
-    EXPECT_EQ(text->find("first-key"), std::string::npos) << *text;
-    EXPECT_EQ(text->find("Basic"), std::string::npos) << *text;
+  service_.sandbox().setFaults(
+      sandbox::BehaviorPart::verification,
+      R"([{"status": 422, "json": {"message": "second-key is not a key"}}])");
+  auto echoed = verify("second-key");
+  EXPECT_EQ(echoed.exitCode, 1);
+  EXPECT_NE(echoed.output.find("… is not a key"), std::string::npos) << echoed.output;
+  for (const auto* text : {&finished.output, &finished.errors, &echoed.output, &echoed.errors}) {
+    for (const auto* secret : {"first-key", "second-key", "Basic"}) {
+      EXPECT_EQ(text->find(secret), std::string::npos) << *text;
+    }
   }
 }
 
