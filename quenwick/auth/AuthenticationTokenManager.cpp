@@ -1,5 +1,6 @@
 #include "quenwick/auth/AuthenticationTokenManager.h"
 
+#include <cstdint>
 #include <mutex>
 #include <utility>
 #include <vector>
@@ -55,9 +56,14 @@ class AuthenticationTokenManager::State : public std::enable_shared_from_this<St
         std::shared_ptr<const platform::Clock> clock)
       : service_(std::move(service)), clock_(std::move(clock)) {}
 
-  bool isRenewing() const {
+  struct Moment {
+    bool isRenewing = false;
+    /// How many renewals have ended so far.
+    std::uint64_t ended = 0;
+  };
+  Moment moment() const {
     std::lock_guard lock(mutex_);
-    return refreshTask_ != nullptr;
+    return {refreshTask_ != nullptr, ended_};
   }
 
   /// Newer systems count from 1970. Older ones count from 2001 and so keep a token for longer: the
@@ -68,22 +74,27 @@ class AuthenticationTokenManager::State : public std::enable_shared_from_this<St
     return now < expiresAt.value_or(0) - kLeastValidity;
   }
 
-  /// Waits for the renewal in flight, which is started where there is none.
-  Continuation<std::string>::Awaiter joinRenewal() {
-    return platform::suspend<std::string>([self = shared_from_this()](auto continuation) {
+  using Renewed = std::optional<std::string>;
+
+  /// Waits for the renewal in flight. Where there is none, one is started if `mayStart` is so and
+  /// as many renewals have ended as the caller knew of, or it names none; else the answer is none,
+  /// and the caller looks again.
+  Continuation<Renewed>::Awaiter joinRenewal(bool mayStart, std::optional<std::uint64_t> known) {
+    return platform::suspend<Renewed>([=, self = shared_from_this()](auto continuation) {
       bool isFirst = false;
       {
         std::lock_guard lock(self->mutex_);
-        isFirst = !self->refreshTask_;
+        isFirst = !self->refreshTask_ && mayStart && known.value_or(self->ended_) == self->ended_;
         if (isFirst) self->refreshTask_ = std::make_unique<Waiting>();
-        self->refreshTask_->push_back(continuation);
+        if (self->refreshTask_) self->refreshTask_->push_back(continuation);
+        if (!self->refreshTask_) return continuation.resume(std::nullopt);
       }
       if (isFirst) platform::startTask(renew(self));
     });
   }
 
  private:
-  using Waiting = std::vector<Continuation<std::string>>;
+  using Waiting = std::vector<Continuation<Renewed>>;
 
   static Task<void> renew(std::shared_ptr<State> self) {
     Logger::log(kCategory, "Attempting to renew the access token");
@@ -107,11 +118,12 @@ class AuthenticationTokenManager::State : public std::enable_shared_from_this<St
                                              rawValue(SecureSessionData::accessToken));
     });
     Logger::log(kCategory, "Token was successfully renewed 👍");
-    for (const auto& waiting : self->endRenewal()) waiting.resume(token);
+    for (const auto& waiting : self->endRenewal()) waiting.resume(std::optional(token));
   }
 
   Waiting endRenewal() {
     std::lock_guard lock(mutex_);
+    ++ended_;
     return std::move(*std::exchange(refreshTask_, nullptr));
   }
 
@@ -119,6 +131,7 @@ class AuthenticationTokenManager::State : public std::enable_shared_from_this<St
   const std::shared_ptr<const platform::Clock> clock_;
   mutable std::mutex mutex_;
   std::unique_ptr<Waiting> refreshTask_;
+  std::uint64_t ended_ = 0;
 };
 
 AuthenticationTokenManager::TokenError::TokenError(Code code)
@@ -154,16 +167,21 @@ std::optional<double> AuthenticationTokenManager::tokenExpirationTimeInterval() 
 
 Task<std::string> AuthenticationTokenManager::validToken() {
   auto state = state_;  // the manager may go while this waits
-  if (state->isRenewing()) co_return co_await state->joinRenewal();
-  auto token = co_await platform::onKeysThread(&storedToken);
-  if (!token.text) throw missingToken();
-  if (state->isFresh(token.expiresAt)) co_return *token.text;
-  co_return co_await state->joinRenewal();
+  for (;;) {
+    auto moment = state->moment();
+    if (!moment.isRenewing) {
+      auto token = co_await platform::onKeysThread(&storedToken);
+      if (!token.text) throw missingToken();
+      if (state->isFresh(token.expiresAt)) co_return *std::move(token.text);
+    }
+    auto renewed = co_await state->joinRenewal(!moment.isRenewing, moment.ended);
+    if (renewed) co_return *std::move(renewed);
+  }
 }
 
 Task<std::string> AuthenticationTokenManager::renewedToken() {
   auto state = state_;
-  co_return co_await state->joinRenewal();
+  co_return (co_await state->joinRenewal(true, std::nullopt)).value();
 }
 
 }  // namespace quenwick

@@ -16,8 +16,7 @@ class HostExecutor : public platform::Executor {
   explicit HostExecutor(Post post) : post_(std::move(post)) {}
 
   void post(platform::Work work) override {
-    HostCalls::shared().run(
-        [&] { post_([work = std::move(work)] { platform::runWork(work); }); });
+    HostCalls::shared().run([&] { post_([work = std::move(work)] { platform::runWork(work); }); });
   }
 
  private:

@@ -87,17 +87,19 @@ class SealedBackend : public SecItemBackend {
   }
 
   bool update(const SecItemKey& key, const Bytes& data) override {
-    return write([&](SQLiteDatabase& database) {
+    SecItem item;
+    bool isUpdated = write([&](SQLiteDatabase& database) {
       auto rows = database.run(
           "SELECT generic, accessible, reference FROM items WHERE service = ? AND account = ?",
           {key.service, key.account});
       if (rows.empty()) return false;
-      SecItem item{text(rows[0][0]), text(rows[0][1]), data, text(rows[0][2])};
+      item = {text(rows[0][0]), text(rows[0][1]), data, text(rows[0][2])};
       database.run("UPDATE items SET sealed = CAST(? AS BLOB) WHERE service = ? AND account = ?",
                    {key_->seal(data, boundTo(key, item)), key.service, key.account});
-      items_.insert_or_assign(key, std::move(item));
       return true;
     });
+    if (isUpdated) items_.insert_or_assign(key, std::move(item));
+    return isUpdated;
   }
 
   bool remove(const SecItemKey& key) override {

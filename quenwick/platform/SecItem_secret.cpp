@@ -221,10 +221,9 @@ class SecretServiceBackend : public SecItemBackend {
     if (connection_ && !g_dbus_connection_is_closed(connection_.get())) return;
     service_.reset();
     signals_.reset();
-    bool isFirst = true;
     {
       std::lock_guard lock(mutex_);
-      isFirst = !std::exchange(connection_, nullptr);
+      connection_ = nullptr;
     }
     auto made = connectToSessionBus(cancellable);
     signals_ = std::make_unique<KeyringSignals>(
@@ -238,7 +237,8 @@ class SecretServiceBackend : public SecItemBackend {
       std::lock_guard lock(mutex_);
       connection_ = std::move(made);
     }
-    if (!isFirst) onChange_();  // nobody told what changed while there was no connection
+    if (std::exchange(wasConnected_, true))
+      onChange_();  // nobody told what changed while there was no connection
   }
 
   const std::string application_;
@@ -246,6 +246,7 @@ class SecretServiceBackend : public SecItemBackend {
   const std::shared_ptr<std::atomic<bool>> isOwnerNew_ = std::make_shared<std::atomic<bool>>(false);
   mutable std::mutex mutex_;
   GObjectPointer<GDBusConnection> connection_;
+  bool wasConnected_ = false;
   std::unique_ptr<KeyringSignals> signals_;
   GObjectPointer<SecretService> service_;
 };

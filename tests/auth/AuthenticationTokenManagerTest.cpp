@@ -196,6 +196,34 @@ TEST_F(AuthenticationTokenManagerTest, TenCallersShareOneRenewal) {
   }
 }
 
+/// Renews at once, and says until when the new token holds.
+class PromptService : public AuthenticationService {
+ public:
+  Task<std::string> renewToken() override {
+    ++calls;
+    co_await platform::onKeysThread([] {
+      auto end = std::to_string(static_cast<std::int64_t>(kNow) + 3600);
+      AuthenticationKeychain::standard().set(std::string_view(end),
+                                             rawValue(SecureSessionData::expiresAt));
+    });
+    co_return "new";
+  }
+  std::atomic<int> calls = 0;
+};
+
+TEST_F(AuthenticationTokenManagerTest, ACallerThatHasReadTheOldExpiryDoesNotRenewAgain) {
+  auto service = std::make_shared<PromptService>();
+  AuthenticationTokenManager manager(service, clock_);
+  for (int round = 1; round <= 50; ++round) {
+    store(SecureSessionData::accessToken, "old");
+    store(SecureSessionData::expiresAt, "1");
+    std::vector<std::future<std::string>> callers;
+    for (int i = 0; i < 10; ++i) callers.push_back(begin(manager.validToken()));
+    for (auto& caller : callers) EXPECT_EQ(caller.get(), "new");
+    ASSERT_EQ(service->calls, round);
+  }
+}
+
 TEST_F(AuthenticationTokenManagerTest, ARenewalOutlivesTheManagerItWasAskedOf) {
   service_->close();
   auto manager = std::make_unique<AuthenticationTokenManager>(service_, clock_);

@@ -1,5 +1,7 @@
 #include "quenwick/API/Stack/ConvertToError.h"
 
+#include <exception>
+
 #include "quenwick/platform/JSONSerialization.h"
 
 namespace quenwick {
@@ -11,7 +13,7 @@ ConvertToError ConvertToError::decodingWith(Decoder decode) {
     try {
       auto error = decode(platform::JSONSerialization::parse(body));
       return APIError(APIError::GeneralFailure{{Reason::Captured{std::move(error), statusCode}}});
-    } catch (const platform::Error&) {
+    } catch (const std::exception&) {  // a host's own decoder may throw anything
       return APIError(APIError::GeneralFailure{{Reason::Uncaptured{body, statusCode}}});
     }
   });

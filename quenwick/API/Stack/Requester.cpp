@@ -80,9 +80,10 @@ platform::URLRequest Requester::built(const Request& request) const {
 
 FailingPublisher<Bytes> Requester::bodies(const Request& request,
                                           const std::stop_token& stop) const {
-  if (!manager_->session()) return FailingPublisher<Bytes>::ended(nullptr);
   try {
-    return platform::dataTaskPublisher(manager_->session(), built(request), stop)
+    auto sent = built(request);
+    if (!manager_->session()) return FailingPublisher<Bytes>::ended(nullptr);
+    return platform::dataTaskPublisher(manager_->session(), std::move(sent), stop)
         .mapError(&transportFailure)
         .map([handlers = request.exception()](platform::DataResponse answer) {
           return validatedBody(std::move(answer), handlers);

@@ -21,7 +21,7 @@ template <Decodable T>
 T decodedBody(const platform::Bytes& body) {
   try {
     return JSONDecoder::decode<T>(body);
-  } catch (const platform::Error&) {
+  } catch (const std::exception&) {
     throw APIError(APIError::DecodeFailed{platform::errorFrom(std::current_exception())});
   }
 }
