@@ -130,8 +130,8 @@ struct Kind<std::vector<T>> {
 template <class T>
 struct Kind<std::map<std::string, T>> {
   static std::string name() { return "dictionary of " + Kind<T>::name(); }
-  static std::map<std::string, T> read(platform::Value value) {
-    auto* dictionary = value.as<platform::Dictionary>();
+  static std::map<std::string, T> read(const platform::Value& value) {
+    const auto* dictionary = value.as<platform::Dictionary>();
     if (!dictionary) throw ArgumentError::mismatch(name(), value);
     std::map<std::string, T> entries;
     for (const auto& [key, entry] : *dictionary) {

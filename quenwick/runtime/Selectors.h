@@ -74,8 +74,8 @@ struct ResultKind<std::optional<Handle>> {
 
 /// The selector under that name; see `operation`.
 template <class Function, class... Names>
-Selector selector(std::string name, Function function, Names... names) {
-  return operation<platform::Value>(std::move(name), function, names...);
+Selector selector(const std::string& name, Function function, const Names&... names) {
+  return operation<platform::Value>(name, function, names...);
 }
 
 }  // namespace quenwick::runtime
