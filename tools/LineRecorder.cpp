@@ -27,7 +27,8 @@ void LineRecorder::write(const platform::LogEntry& entry) {
     std::lock_guard lock(mutex_);
     lines_.push_back(entry.message);
   }
-  if (next_->isEnabled(entry.level)) next_->write(entry);
+  // A program that is not verbose reports the lines itself.
+  if (next_->isEnabled(platform::LogLevel::debug)) next_->write(entry);
 }
 
 }  // namespace quenwick::tools

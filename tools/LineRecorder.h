@@ -9,7 +9,8 @@
 
 namespace quenwick::tools {
 
-/// Keeps the lines that the library logs about events, and hands all on to the sink before it.
+/// Keeps the lines that the library logs about events, and hands all on to the sink before it where
+/// that one is verbose.
 class LineRecorder : public platform::LogSink {
  public:
   /// Installs one for the rest of the process.

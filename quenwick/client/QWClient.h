@@ -115,15 +115,23 @@ class QWClient {
   static bool handleUniversalLink(const UISceneConnectionOptions& options);
   static bool handleURLFromLaunchOptions(const LaunchOptions& options);
 
+  /// On the install's first launch: handles the link that the pasteboard holds, as a URL or as a
+  /// text that is one, if a window toolkit has brought a pasteboard. Its content is read only where
+  /// it says that it has such. `completion`, if given, is called on the main actor with the link
+  /// that was looked at, whether or not it can be handled.
+  static void checkPasteboardOnInstall(
+      std::function<void(const std::optional<std::string>& link)> completion = {});
+
   /// Handles the first of the pasted items that is a link.
   static bool paste(const std::vector<NSItemProvider>& itemProviders);
 
   /// Resolves a link whether or not it can be handled. `completion` is called on the main actor,
   /// once; a resolution that is stopped, or past its deadline, ends at once with a failure.
   static void resolve(std::string_view url, DeeplinkHandler completion,
-                      ResolveOptions options = {});
+                      const ResolveOptions& options = {});
   /// The same as a future, which never throws. It must not be waited for on the main actor.
-  static std::future<DeeplinkResult> resolve(std::string_view url, ResolveOptions options = {});
+  static std::future<DeeplinkResult> resolve(std::string_view url,
+                                             const ResolveOptions& options = {});
 
   /// The last link that the application was opened with and that resolved, in this process.
   static std::optional<std::string> storedDeeplink();
@@ -190,6 +198,17 @@ class QWClient {
   static void identifyUser();
   /// An event of the application's own.
   static void logEvent(std::string_view name, Dictionary properties = {});
+
+  // In-app views. Shown over the application's active window by a window toolkit
+  // (`quenwick::ui::install` brings GTK's); without one, or for a link that is no URL, an error
+  // line is written. `handler` is called on the main actor with the identifier of a tapped button.
+
+  /// A page of the service, which may carry buttons.
+  static void showInAppMessage(std::string_view link, bool hideCloseButton = false,
+                               std::function<void(const std::string& buttonID)> handler = {});
+  /// An ordinary page.
+  static void showInAppBrowser(std::string_view link,
+                               std::function<void(const std::string& buttonID)> handler = {});
 
   // The end
 

@@ -7,6 +7,7 @@
 #include "quenwick/client/QWClient.h"
 #include "quenwick/logging/Logger.h"
 #include "quenwick/platform/Bundle.h"
+#include "quenwick/platform/Pasteboard.h"
 #include "quenwick/platform/Text.h"
 #include "quenwick/state/Analytics.h"
 
@@ -39,6 +40,25 @@ std::string printed(const std::vector<std::string>& texts) {
     separator = ", ";
   }
   return out + "]";
+}
+
+/// The link on the pasteboard, which is read no further than it says that it holds one.
+platform::Task<std::optional<std::string>> linkOn(
+    std::shared_ptr<platform::Pasteboard> pasteboard) {
+  if (co_await pasteboard->hasURLs()) {
+    if (auto url = co_await pasteboard->url()) co_return url->absoluteString();
+  }
+  if (!co_await pasteboard->hasStrings()) co_return std::nullopt;
+  auto text = co_await pasteboard->string();
+  co_return text&& URL::parse(*text) ? text : std::nullopt;
+}
+
+platform::Task<void> checkPasteboard(
+    std::function<void(const std::optional<std::string>&)> completion) {
+  std::optional<std::string> link;
+  if (auto pasteboard = platform::Pasteboard::general()) link = co_await linkOn(pasteboard);
+  if (link) QWClient::handleUniversalLink(*link);
+  if (completion) HostCalls::shared().post([completion, link] { completion(link); });
 }
 
 bool isLink(const std::optional<std::string>& text) { return text && URL::parse(*text); }
@@ -96,6 +116,16 @@ bool QWClient::handleURLFromLaunchOptions(const LaunchOptions& options) {
   return handleUniversalLink(*url);
 }
 
+void QWClient::checkPasteboardOnInstall(
+    std::function<void(const std::optional<std::string>&)> completion) {
+  if (!enter()) return;
+  if (Analytics::shared().isFirstInstall()) {
+    platform::startTask(checkPasteboard(std::move(completion)));
+  } else if (completion) {
+    HostCalls::shared().post([completion = std::move(completion)] { completion(std::nullopt); });
+  }
+}
+
 bool QWClient::paste(const std::vector<NSItemProvider>& itemProviders) {
   for (const auto& provider : itemProviders) {
     if (isLink(provider.url)) return handleUniversalLink(*provider.url);
@@ -104,7 +134,8 @@ bool QWClient::paste(const std::vector<NSItemProvider>& itemProviders) {
   return false;
 }
 
-void QWClient::resolve(std::string_view url, DeeplinkHandler completion, ResolveOptions options) {
+void QWClient::resolve(std::string_view url, DeeplinkHandler completion,
+                       const ResolveOptions& options) {
   if (!enter() || !completion) return;
   auto call = [completion = std::move(completion)](const DeeplinkResult& result) {
     HostCalls::shared().post([completion, result] { completion(result); });
@@ -112,7 +143,7 @@ void QWClient::resolve(std::string_view url, DeeplinkHandler completion, Resolve
   LinkIntake::shared().resolve(url, options, std::move(call));
 }
 
-std::future<DeeplinkResult> QWClient::resolve(std::string_view url, ResolveOptions options) {
+std::future<DeeplinkResult> QWClient::resolve(std::string_view url, const ResolveOptions& options) {
   auto promise = std::make_shared<std::promise<DeeplinkResult>>();
   auto future = promise->get_future();
   if (enter()) {

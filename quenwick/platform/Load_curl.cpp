@@ -47,27 +47,37 @@ Load::Easy Load::makeEasy() {
   curl_easy_setopt(easy, CURLOPT_CA_CACHE_TIMEOUT, -1L);
   curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Load::onHeader);
   curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Load::onBody);
-  return Easy(easy);
+  auto handle = std::make_unique<Handle>();
+  handle->easy.reset(easy);
+  return handle;
 }
 
 /// Sets what holds for all hops of the load.
 void Load::setUp(Easy handle) {
-  easy_ = std::move(handle);
-  auto* easy = easy_.get();
+  handle_ = std::move(handle);
+  auto* easy = this->easy();
   curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
   curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
   curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+  curl_easy_setopt(easy, CURLOPT_SSL_CTX_DATA, this);
+  if (handle_->configuration != configuration_) setConfiguration();
+}
+
+void Load::setConfiguration() {
+  TextList connectTo;
   for (const auto& to : configuration_->connectTo) {
     auto entry = to.host + ":" + std::to_string(to.port) + ":" + to.toAddress + ":" +
                  std::to_string(to.toPort);
-    connectTo_.reset(curl_slist_append(connectTo_.release(), entry.c_str()));
+    connectTo.reset(curl_slist_append(connectTo.release(), entry.c_str()));
   }
-  curl_easy_setopt(easy, CURLOPT_CONNECT_TO, connectTo_.get());
+  curl_easy_setopt(easy(), CURLOPT_CONNECT_TO, connectTo.get());
+  handle_->connectTo = std::move(connectTo);
+  handle_->configuration = configuration_;
   setTrust();
 }
 
 void Load::setTrust() {
-  auto* easy = easy_.get();
+  auto* easy = this->easy();
   const auto& text = trust_->additional();
   bool isSystemAlone = text.empty();
   // The text as curl's own issuers keeps connections of different trust apart in its pool.
@@ -76,17 +86,14 @@ void Load::setTrust() {
   curl_easy_setopt(easy, CURLOPT_CAINFO,
                    isSystemAlone ? TrustStore::systemFile().c_str() : nullptr);
   curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, isSystemAlone ? nullptr : &Load::onTrust);
-  curl_easy_setopt(easy, CURLOPT_SSL_CTX_DATA, this);
 }
 
-/// Gives the handle back, without a trace of what this load owns.
+/// Gives the handle back, without a pointer to what this load owns.
 Load::Easy Load::takeDown() {
-  auto* easy = easy_.get();
+  auto* easy = this->easy();
   curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
   curl_easy_setopt(easy, CURLOPT_POSTFIELDS, nullptr);
-  curl_easy_setopt(easy, CURLOPT_HTTPHEADER, nullptr);
-  curl_easy_setopt(easy, CURLOPT_CONNECT_TO, nullptr);
-  return std::move(easy_);
+  return std::move(handle_);
 }
 
 /// Takes the hop that comes next.
@@ -104,14 +111,14 @@ void Load::setRequest() {
   response_ = std::make_shared<HTTPURLResponse>();
   response_->url = request_.url;
   lastProgress_ = Clock::now();
-  curl_easy_setopt(easy_.get(), CURLOPT_URL, request_.url->absoluteString().c_str());
+  curl_easy_setopt(this->easy(), CURLOPT_URL, request_.url->absoluteString().c_str());
   if (std::exchange(isSet_, true)) return;
   setMethod();
   setHeaders();
 }
 
 void Load::setMethod() {
-  auto* easy = easy_.get();
+  auto* easy = this->easy();
   const auto method = request_.httpMethod.value_or("GET");
   curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
   curl_easy_setopt(easy, CURLOPT_NOBODY, method == "HEAD" ? 1L : 0L);
@@ -124,7 +131,8 @@ void Load::setMethod() {
   curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, isPlain ? nullptr : method.c_str());
 }
 
-void Load::setHeaders() {
+/// The fields of the request, of its session, and of what they ask of caches.
+HeaderFields Load::allFields() const {
   auto fields = request_.headerFields;
   for (const auto& field : configuration_->additionalHeaders) {
     if (!headerField(fields, field.first)) fields.push_back(field);
@@ -134,7 +142,14 @@ void Load::setHeaders() {
   if (asksCaches && !headerField(fields, "Cache-Control")) {
     fields.emplace_back("Cache-Control", "no-cache");
   }
-  headers_.reset();
+  return fields;
+}
+
+void Load::setHeaders() {
+  auto fields = allFields();
+  bool hasBody = request_.httpBody.has_value();
+  if (handle_->headers && handle_->fields == fields && handle_->hasBody == hasBody) return;
+  TextList headers;
   std::string encodings;  // empty: all that curl decodes
   for (const auto& [name, value] : fields) {
     if (equalsIgnoringCase(name, "Accept-Encoding")) {
@@ -147,13 +162,16 @@ void Load::setHeaders() {
     }
     auto line = name;
     line.append(value.empty() ? ";" : ": ").append(value);
-    headers_.reset(curl_slist_append(headers_.release(), line.c_str()));
+    headers.reset(curl_slist_append(headers.release(), line.c_str()));
   }
-  if (request_.httpBody && !headerField(fields, "Expect")) {
-    headers_.reset(curl_slist_append(headers_.release(), "Expect:"));
+  if (hasBody && !headerField(fields, "Expect")) {
+    headers.reset(curl_slist_append(headers.release(), "Expect:"));
   }
-  curl_easy_setopt(easy_.get(), CURLOPT_ACCEPT_ENCODING, encodings.c_str());
-  curl_easy_setopt(easy_.get(), CURLOPT_HTTPHEADER, headers_.get());
+  curl_easy_setopt(easy(), CURLOPT_ACCEPT_ENCODING, encodings.c_str());
+  curl_easy_setopt(easy(), CURLOPT_HTTPHEADER, headers.get());
+  handle_->headers = std::move(headers);
+  handle_->fields = std::move(fields);
+  handle_->hasBody = hasBody;
 }
 
 bool Load::receiveHeader(std::string_view line) {
@@ -182,7 +200,7 @@ bool Load::receiveBody(std::string_view bytes) {
 std::optional<URLRequest> Load::redirect() {
   if (!isHeadComplete_) return std::nullopt;
   long status = 0;
-  curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &status);
+  curl_easy_getinfo(this->easy(), CURLINFO_RESPONSE_CODE, &status);
   response_->statusCode = static_cast<int>(status);
   return redirectedRequest(request_, *response_);
 }
@@ -193,7 +211,7 @@ std::shared_ptr<const PlatformError> Load::errorFrom(CURLcode code) const {
   if (isTimedOut_) return urlError(URLErrorCode::timedOut, url);
   if (isBodyTooLong_) return urlError(URLErrorCode::dataLengthExceedsMaximum, url);
   long verification = 0;
-  curl_easy_getinfo(easy_.get(), CURLINFO_SSL_VERIFYRESULT, &verification);
+  curl_easy_getinfo(this->easy(), CURLINFO_SSL_VERIFYRESULT, &verification);
   return urlError(urlErrorCode(code, verification), url);
 }
 

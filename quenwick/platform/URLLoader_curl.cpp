@@ -15,7 +15,7 @@ namespace quenwick::platform {
 namespace {
 
 constexpr long kConnectionsPerHost = 6;
-constexpr std::size_t kSpareHandles = 16;
+constexpr std::size_t kSpareHandles = 64;
 
 std::shared_ptr<CURLM> makeMulti() {
   std::shared_ptr<CURLM> multi(makeCloseOnExecMulti(), curl_multi_cleanup);
@@ -156,15 +156,15 @@ void URLLoader::begin(const std::shared_ptr<Load>& load) {
     bool isNamed = url && code != URLErrorCode::cancelled;
     return end(load, urlError(code, isNamed ? url->absoluteString() : ""));
   }
-  if (!load->easy_) {
-    auto easy = spare_.empty() ? Load::makeEasy() : std::move(spare_.back());
+  if (!load->handle_) {
+    auto handle = spare_.empty() ? Load::makeEasy() : std::move(spare_.back());
     if (!spare_.empty()) spare_.pop_back();
-    load->setUp(std::move(easy));
+    load->setUp(std::move(handle));
   }
   load->setRequest();
   nextDeadline_ = std::min(nextDeadline_, load->deadline());
   load->isLoading_ = true;
-  curl_multi_add_handle(multi_.get(), load->easy_.get());
+  curl_multi_add_handle(multi_.get(), load->easy());
   hasBegun_ = true;
 }
 
@@ -183,28 +183,27 @@ void URLLoader::hopEnded(const std::shared_ptr<Load>& load, CURLcode code) {
 
 /// Takes the load's handle off the wire.
 void URLLoader::pause(Load& load) {
-  if (std::exchange(load.isLoading_, false))
-    curl_multi_remove_handle(multi_.get(), load.easy_.get());
+  if (std::exchange(load.isLoading_, false)) curl_multi_remove_handle(multi_.get(), load.easy());
 }
 
 /// The same in the middle of a transfer, without waiting for a look-up of a host's name.
 void URLLoader::abandon(Load& load) {
   if (!load.isLoading_) return;
-  curl_easy_setopt(load.easy_.get(), CURLOPT_QUICK_EXIT, 1L);
+  curl_easy_setopt(load.easy(), CURLOPT_QUICK_EXIT, 1L);
   pause(load);
-  load.easy_.reset();
+  load.handle_.reset();
 }
 
 void URLLoader::end(const std::shared_ptr<Load>& load, std::shared_ptr<const PlatformError> error) {
   abandon(*load);
   std::erase(loads_, load);
   load->isEnded_ = true;
-  if (load->easy_ && spare_.size() < kSpareHandles) {
+  if (load->handle_ && spare_.size() < kSpareHandles) {
     // Cookies are the load's alone; what stays with the handle is its TLS sessions.
-    curl_easy_setopt(load->easy_.get(), CURLOPT_COOKIELIST, "ALL");
+    curl_easy_setopt(load->easy(), CURLOPT_COOKIELIST, "ALL");
     spare_.push_back(load->takeDown());
   }
-  load->easy_.reset();
+  load->handle_.reset();
   DataResponse outcome;
   if (!error) outcome = {std::move(load->body_), load->response_};
   load->end_(std::move(outcome), std::move(error));

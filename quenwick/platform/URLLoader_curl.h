@@ -42,16 +42,29 @@ class Load {
   struct FreeList {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
   };
-  using Easy = std::unique_ptr<CURL, FreeEasy>;
   using TextList = std::unique_ptr<curl_slist, FreeList>;
 
+  /// A handle of curl's, and what is set on it, which a load alike need not set again.
+  struct Handle {
+    std::shared_ptr<const URLSessionConfiguration> configuration;
+    TextList connectTo;
+    HeaderFields fields;
+    bool hasBody = false;
+    TextList headers;
+    std::unique_ptr<CURL, FreeEasy> easy;
+  };
+  using Easy = std::unique_ptr<Handle>;
+
   static Easy makeEasy();
-  void setUp(Easy easy);
+  void setUp(Easy handle);
   Easy takeDown();
+  CURL* easy() const { return handle_->easy.get(); }
   void setNext(URLRequest request);
   void setRequest();
   void setMethod();
   void setHeaders();
+  HeaderFields allFields() const;
+  void setConfiguration();
   void setTrust();
   bool receiveHeader(std::string_view line);
   bool receiveBody(std::string_view bytes);
@@ -69,9 +82,7 @@ class Load {
   const AskRedirect askRedirect_;
   End end_;
 
-  Easy easy_;
-  TextList headers_;
-  TextList connectTo_;
+  Easy handle_;
   std::shared_ptr<HTTPURLResponse> response_;
   bool isSet_ = false;  // method and headers are with the handle
   bool isHeadComplete_ = false;

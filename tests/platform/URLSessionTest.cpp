@@ -170,14 +170,14 @@ TEST_F(URLSessionTest, ALoopEndsAfterTwentyRedirects) {
 TEST_F(URLSessionTest, TimeOutsAreTheRequestsTheSessionsAndTheResources) {
   auto begin = std::chrono::steady_clock::now();
   auto session = service_.configuration();
-  session.requestTimeout = 0.2;
+  session.requestTimeout = 0.6;
   EXPECT_EQ(failure("https://a.example/slow-chain", session),
             Failure(URLErrorCode::timedOut, "https://a.example/slow"));
   auto resource = service_.configuration();
-  resource.resourceTimeout = 0.2;
+  resource.resourceTimeout = 0.6;
   EXPECT_EQ(failure("https://a.example/slow-chain", resource).first, URLErrorCode::timedOut);
   auto own = request("https://a.example/slow-chain");
-  own.timeoutInterval = 0.2;
+  own.timeoutInterval = 0.6;
   EXPECT_THROW(wait(URLSession::make(service_.configuration())->data(own)), PlatformError);
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(15));
 }

@@ -1,0 +1,189 @@
+#include <atomic>
+
+#include "quenwick/platform/Pasteboard.h"
+#include "quenwick/state/Analytics.h"
+#include "tests/client/ClientHost.h"
+
+namespace quenwick::tests {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+constexpr auto kLink = "https://l.example/p/go/1f";
+constexpr auto kDestination = "shopapp://product/42";
+
+class LinkIntakeTest : public ClientHost {};
+
+TEST_F(LinkIntakeTest, ALinkIsTheApplicationsByDomainAndShapeOrPattern) {
+  QWClient::registerDeeplinkDomains({"l.example", "other.example"});
+  QWClient::addHandleablePaths({{"l.example", {"(", "/spring/"}}, {"stranger.example", {"."}}});
+  EXPECT_EQ(logged("error: The path pattern ( is never found: "), 1);
+  EXPECT_EQ(logged(R"(Registering Domains: ["l.example", "other.example"])"), 1);
+  struct {
+    std::string link;
+    bool isOurs;
+  } cases[] = {
+      {kLink, true},
+      {"http://l.example/p/go/", true},
+      {"https://other.example/x/p/rpm/1/url", true},
+      {"https://L.example/p/go/1f", false},
+      {"https://sub.l.example/p/go/1f", false},
+      {"https://l.example/spring/sale", true},
+      {"https://other.example/spring/sale", false},
+      {"https://stranger.example/p/go/1f", false},
+      {"/p/go/1f", false},
+      {"", false},
+      {"https://l.example/ p/go/1f", false},
+      {"\xff\xfe", false},
+      {"https://l.example/" + std::string(1 << 20, 'x'), false},
+  };
+  for (const auto& [link, isOurs] : cases) {
+    EXPECT_EQ(QWClient::canHandleURL(link), isOurs) << link.substr(0, 80);
+  }
+  QWClient::addHandleablePaths({{"l.example", {"/autumn/"}}});
+  EXPECT_FALSE(QWClient::canHandleURL("https://l.example/spring/sale")) << "the list was replaced";
+  EXPECT_TRUE(QWClient::canHandleURL("https://l.example/autumn/sale"));
+  QWClient::removeHandleablePaths("l.example");
+  EXPECT_FALSE(QWClient::canHandleURL("https://l.example/autumn/sale"));
+  QWClient::clearHandleablePaths();
+  EXPECT_TRUE(QWClient::handleablePaths().empty());
+}
+
+TEST_F(LinkIntakeTest, ALinkBeforeStartIsKeptAndTheLogSaysThatNobodyWasTold) {
+  QWClient::registerDeeplinkDomains({"l.example"});
+  Collected<std::optional<std::string>> published;
+  auto subscription =
+      QWClient::storedDeeplinkPublisher().subscribe([&](const auto& link) { published.add(link); });
+  EXPECT_TRUE(QWClient::handleUniversalLink(kLink));
+  EXPECT_EQ(published.wait(2), (std::vector<std::optional<std::string>>{{}, kDestination}));
+  EXPECT_EQ(QWClient::storedDeeplink(), kDestination);
+  EXPECT_EQ(QWClient::qwU(), "alice");
+  // The handler is called, or found missing, after the link was published: on the same thread.
+  settle();
+  EXPECT_EQ(logged("no handler was set"), 1);
+}
+
+TEST_F(LinkIntakeTest, OutcomesReachBothHandlersOnTheMainActor) {
+  Collected<std::pair<std::optional<std::string>, int>> compatible;
+  QWClient::start({.deeplinkDomains = {"l.example"},
+                   .shouldRegisterForBehaviorEvents = false,
+                   .deeplinkHandler = collect()});
+  QWClient::startWithResult({.apiKey = "key", .result = [&](const auto& link, const auto& error) {
+                               compatible.add({link, error ? error->code() : 0});
+                               EXPECT_TRUE(!error || error->domain() == "com.quenwick.error");
+                             }});
+  EXPECT_TRUE(QWClient::handleUniversalLink(kLink));
+  EXPECT_EQ(results_.wait(1), Texts{kDestination});
+  EXPECT_TRUE(QWClient::handleUniversalLink("https://l.example/p/go/2"));
+  EXPECT_EQ(results_.wait(2).back(), "no such offer");
+  auto told = compatible.wait(2);
+  EXPECT_EQ(told.front().first, kDestination);
+  EXPECT_EQ(told.back(), std::pair(std::optional<std::string>(), -1));
+  EXPECT_EQ(QWClient::storedDeeplink(), kDestination) << "a failure leaves what was stored";
+}
+
+TEST_F(LinkIntakeTest, EveryKindOfOpeningIsRead) {
+  QWClient::registerDeeplinkDomains({"l.example"});
+  NSUserActivity browsing{.activityType = std::string(NSUserActivityTypeBrowsingWeb),
+                          .webpageURL = kLink};
+  NSUserActivity other{.activityType = "com.example.edit", .webpageURL = kLink};
+  EXPECT_TRUE(QWClient::handleUniversalLink(browsing));
+  EXPECT_FALSE(QWClient::handleUniversalLink(other));
+  EXPECT_FALSE(QWClient::handleUniversalLink(NSUserActivity{browsing.activityType}));
+  EXPECT_TRUE(QWClient::handleUniversalLink(UISceneConnectionOptions{{other, browsing}}));
+  EXPECT_FALSE(QWClient::handleUniversalLink(UISceneConnectionOptions{{other}}));
+
+  const std::string key(UIApplicationLaunchOptionsURLKey);
+  EXPECT_TRUE(QWClient::handleURLFromLaunchOptions({{key, kLink}}));
+  EXPECT_EQ(logged("Found URL in launch options"), 1);
+  EXPECT_FALSE(QWClient::handleURLFromLaunchOptions({}));
+  EXPECT_FALSE(QWClient::handleURLFromLaunchOptions({{key, 7}}));
+  EXPECT_EQ(logged("App not opened from a URL"), 2);
+
+  EXPECT_TRUE(QWClient::paste({{.text = "no link at all"}, {.url = "", .text = kLink}}));
+  EXPECT_FALSE(QWClient::paste({{.url = "https://stranger.example/p/go/1"}, {.url = kLink}}))
+      << "the first link decides";
+  EXPECT_FALSE(QWClient::paste({}));
+}
+
+/// What a person copied, and how far it was looked at.
+class Copied : public platform::Pasteboard {
+ public:
+  Copied(std::optional<std::string> url, std::optional<std::string> text)
+      : url_(std::move(url)), text_(std::move(text)) {}
+
+  platform::Task<bool> hasURLs() override { co_return url_.has_value(); }
+  platform::Task<bool> hasStrings() override { co_return text_.has_value(); }
+  platform::Task<std::optional<URL>> url() override {
+    ++reads;
+    co_return URL::parse(url_.value());
+  }
+  platform::Task<std::optional<std::string>> string() override {
+    ++reads;
+    co_return text_;
+  }
+
+  std::atomic<int> reads = 0;
+
+ private:
+  std::optional<std::string> url_;
+  std::optional<std::string> text_;
+};
+
+TEST_F(LinkIntakeTest, TheFirstLaunchTakesALinkFromThePasteboardAndReadsNoMoreThanItMust) {
+  QWClient::start({.deeplinkDomains = {"l.example"},
+                   .shouldRegisterForBehaviorEvents = false,
+                   .deeplinkHandler = collect()});
+  Collected<std::optional<std::string>> looked;
+  auto check = [&](const std::shared_ptr<Copied>& copied) {
+    platform::Pasteboard::setGeneral(copied);
+    auto before = looked.wait(0).size();
+    QWClient::checkPasteboardOnInstall([&](const auto& link) { looked.add(link); });
+    return looked.wait(before + 1).back();
+  };
+  auto empty = std::make_shared<Copied>(std::nullopt, std::nullopt);
+  EXPECT_EQ(check(nullptr), std::nullopt);
+  EXPECT_EQ(check(empty), std::nullopt);
+  EXPECT_EQ(empty->reads, 0);
+  EXPECT_EQ(check(std::make_shared<Copied>(std::nullopt, "no link")), std::nullopt);
+  EXPECT_EQ(check(std::make_shared<Copied>(kLink, "https://l.example/p/go/2")), kLink);
+  EXPECT_EQ(results_.wait(1), Texts{kDestination});
+  EXPECT_EQ(check(std::make_shared<Copied>("", kLink)), kLink) << "no URL: the text counts";
+  EXPECT_EQ(results_.wait(2).size(), 2U);
+  Analytics::shared().clearFirstInstallFlag();
+  auto later = std::make_shared<Copied>(kLink, kLink);
+  EXPECT_EQ(check(later), std::nullopt);
+  EXPECT_EQ(later->reads, 0);
+  platform::Pasteboard::setGeneral(nullptr);
+}
+
+TEST_F(LinkIntakeTest, ViewsWithoutAWindowToolkitAreOneLineEach) {
+  QWClient::showInAppMessage("https://shop.example/messages/spring");
+  QWClient::showInAppBrowser("https://shop.example/pages/care", [](const auto&) {});
+  QWClient::showInAppMessage("no link");
+  settle();
+  EXPECT_EQ(logged("error: "), 3);
+}
+
+TEST_F(LinkIntakeTest, AResolutionOnDemandEndsInTimeAndTellsWhy) {
+  EXPECT_EQ(std::get<std::string>(QWClient::resolve(kLink).get()), kDestination);
+  QWClient::resolve("https://l.example/p/go/2", collect());
+  EXPECT_EQ(results_.wait(1), Texts{"no such offer"});
+
+  auto slow = "https://l.example/p/go/3";
+  auto begin = std::chrono::steady_clock::now();
+  auto late = QWClient::resolve(slow, {.deadline = std::chrono::milliseconds(50)}).get();
+  std::stop_source stop;
+  auto stopped = QWClient::resolve(slow, {.stop = stop.get_token()});
+  stop.request_stop();
+  for (const auto& result : {late, stopped.get(), QWClient::resolve("").get(),
+                             QWClient::resolve(std::string(1 << 20, 'x') + "\xff").get()}) {
+    const auto* error = std::get_if<DeeplinkResolutionError>(&result);
+    ASSERT_TRUE(error);
+    EXPECT_FALSE(error->localizedDescription().empty());
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+}
+
+}  // namespace
+}  // namespace quenwick::tests

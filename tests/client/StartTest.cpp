@@ -1,0 +1,127 @@
+#include <stdexcept>
+
+#include "quenwick/platform/JSONSerialization.h"
+#include "tests/client/ClientHost.h"
+
+namespace quenwick::tests {
+namespace {
+
+using namespace std::chrono_literals;
+
+class StartTest : public ClientHost {
+ protected:
+  /// Starts with that key and waits until events are enabled.
+  void startWithEvents() {
+    Collected<int> enabled;
+    QWClient::setEventsEnabledHandler([&] { enabled.add(1); });
+    QWClient::start(
+        {.apiKey = "key", .deeplinkDomains = {"l.example"}, .deeplinkHandler = collect()});
+    ASSERT_EQ(enabled.wait(1).size(), 1U);
+    QWClient::setEventsEnabledHandler(nullptr);
+  }
+  std::vector<Dictionary> events() {
+    std::vector<Dictionary> bodies;
+    auto all = platform::JSONSerialization::parse(service_.sandbox().events());
+    for (const auto& event : *all.as<Dictionary>()->find("events")->as<List>()) {
+      bodies.push_back(*event.as<Dictionary>()->find("body")->as<Dictionary>());
+    }
+    return bodies;
+  }
+};
+
+TEST_F(StartTest, EventsInBothFormsArriveOnceTheKeyIsProven) {
+  QWClient::productViewed({{"id", 1}});
+  EXPECT_EQ(logged("Could not log event - Events are not enabled"), 1);
+  startWithEvents();
+  QWClient::productViewed({{"id", 42}, {"price", 3.5}});
+  QWClient::productAdded(ProductProperties{.id = "42", .price = 5});
+  QWClient::productRemoved({{"id", "42"}});
+  QWClient::categoryViewed(ProductCategory{.id = "shoes"});
+  QWClient::orderCompleted({{"products", List{Dictionary{{"id", "a"}, {"quantity", 2}}}}});
+  for (const auto* query : {"b", "bo", "boots"}) QWClient::productSearched({{"query", query}});
+  QWClient::identifyUser();  // nobody is known yet
+  QWClient::setQWU("alice");
+  QWClient::identifyUser();
+  QWClient::logEvent("wished", {{"for", 7}});
+  EXPECT_TRUE(QWClient::flush(10s));
+  std::vector<std::string> names;
+  for (const auto& body : events()) {
+    const auto* event = body.find("event");
+    names.push_back(*(event ? event : body.find("type"))->as<std::string>());
+  }
+  std::ranges::sort(names);
+  EXPECT_EQ(names, (std::vector<std::string>{"category_viewed", "identify", "order_completed",
+                                             "product_added", "product_removed", "product_searched",
+                                             "product_viewed", "wished"}));
+  EXPECT_EQ(service_.sandbox().refusals(), R"({"refusals":[]})");
+}
+
+TEST_F(StartTest, WithoutAKeyLinksWorkAndOneLineSaysThatEventsDoNot) {
+  QWClient::start({.deeplinkDomains = {"l.example"},
+                   .launchOptions = {{std::string(UIApplicationLaunchOptionsURLKey),
+                                      "https://l.example/p/go/1f"}},
+                   .deeplinkHandler = collect()});
+  EXPECT_EQ(results_.wait(1).size(), 1U);
+  EXPECT_EQ(logged("error: Behavioral Verification failed: API Key Not Found"), 1);
+}
+
+TEST_F(StartTest, EventsAreNotAskedForWhereTheHostWantsNone) {
+  QWClient::start({.apiKey = "key", .shouldRegisterForBehaviorEvents = false});
+  EXPECT_TRUE(QWClient::flush(5s));
+  EXPECT_TRUE(service_.received().empty());
+}
+
+TEST_F(StartTest, AWrongKeyEndsInOneLine) {
+  auto task = QWClient::registerForBehaviors("another key");
+  ASSERT_TRUE(task && task->waitFor(10s));
+  EXPECT_EQ(logged("error: Behavioral Verification failed: 403\n"), 1);
+  EXPECT_EQ(logged("another key"), 0) << "no secret is logged";
+}
+
+TEST_F(StartTest, TheConfigurationIsTakenBeforeTheFirstUseAlone) {
+  EXPECT_FALSE(configure({.serviceURL = "nowhere"}));
+  EXPECT_FALSE(configure({.trustAnchors = "no certificate"}));
+  EXPECT_EQ(logged("error: The configuration was refused: "), 2);
+  QWClient::qwU();
+  EXPECT_FALSE(configure({.bundleIdentifier = "com.example.late"}));
+  EXPECT_EQ(logged("refused: the library is in use already"), 1);
+}
+
+TEST_F(StartTest, AHandlersExceptionEndsInOneLineAndTheNextIsCalled) {
+  QWClient::start(
+      {.deeplinkDomains = {"l.example"},
+       .shouldRegisterForBehaviorEvents = false,
+       .deeplinkHandler = [](const auto&) { throw std::runtime_error("the host's own"); }});
+  QWClient::handleUniversalLink("https://l.example/p/go/1f");
+  Collected<std::string> second;
+  auto subscription = QWClient::storedDeeplinkPublisher().subscribe(
+      [&](const auto& link) { second.add(link.value_or("")); });
+  second.wait(2);
+  settle();  // the handler's turn comes right after the publisher's
+  QWClient::start({.shouldRegisterForBehaviorEvents = false, .deeplinkHandler = collect()});
+  QWClient::handleUniversalLink("https://l.example/p/go/1f");
+  EXPECT_EQ(results_.wait(1).size(), 1U);
+  EXPECT_EQ(logged("the host's own"), 1);
+}
+
+TEST_F(StartTest, AfterShutdownNothingIsCalledAndHandlersAreReleased) {
+  auto token = std::make_shared<int>();
+  startWithEvents();
+  QWClient::start({.shouldRegisterForBehaviorEvents = false,
+                   .deeplinkHandler = [token, this](const auto& result) { collect()(result); }});
+  QWClient::handleUniversalLink("https://l.example/p/go/3");  // takes a minute
+  EXPECT_TRUE(QWClient::shutdown(5s));
+  auto called = results_.wait(0).size();
+  auto said = lines_.wait(0).size();
+  EXPECT_EQ(token.use_count(), 1);
+  EXPECT_FALSE(QWClient::handleUniversalLink("https://l.example/p/go/1f"));
+  EXPECT_TRUE(std::holds_alternative<DeeplinkResolutionError>(
+      QWClient::resolve("https://l.example/p/go/1f").get()));
+  QWClient::productViewed({{"id", 1}});
+  settle();
+  EXPECT_EQ(results_.wait(0).size(), called);
+  EXPECT_EQ(lines_.wait(0).size(), said) << "the hook is the host's too";
+}
+
+}  // namespace
+}  // namespace quenwick::tests
