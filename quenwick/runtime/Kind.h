@@ -105,6 +105,7 @@ struct Kind<NSItemProvider> {
 template <class T>
 struct Kind<std::optional<T>> {
   static std::string name() { return Kind<T>::name() + " or null"; }
+  // NOLINTNEXTLINE(performance-unnecessary-value-param): moved where the kind takes a value.
   static std::optional<T> read(platform::Value value) {
     if (value.isNull()) return std::nullopt;
     return Kind<T>::read(std::move(value));

@@ -38,7 +38,7 @@ Handle resolve(const std::string& url, std::optional<double> deadline,
   return {handle};
 }
 
-Handle subscribe(const StoredLinkCallback& callback) {
+Handle subscribe(const OptionalTextCallback& callback) {
   auto publisher = QWClient::storedDeeplinkPublisher();
   // The first value would come here and now: all are posted.
   auto subscription =
@@ -87,6 +87,16 @@ std::vector<Selector> linkSelectors() {
             return QWClient::handleURLFromLaunchOptions(options.value_or(Dictionary()));
           },
           "options"),
+      selector("checkPasteboardOnInstall", [] { QWClient::checkPasteboardOnInstall(); }),
+      selector(
+          "checkPasteboardOnInstallWithCompletionHandler:",
+          [](const OptionalTextCallback& completion) {
+            QWClient::checkPasteboardOnInstall([completion](const Text& link) {
+              completion({valueOf(link)});
+              completion.release();
+            });
+          },
+          "completionHandler"),
       selector(
           "pasteWithItemProviders:",
           [](const std::vector<NSItemProvider>& providers) { return QWClient::paste(providers); },
@@ -105,7 +115,7 @@ std::vector<Selector> linkSelectors() {
       selector("storedDeeplink", [] { return QWClient::storedDeeplink(); }),
       selector(
           "subscribeToStoredDeeplink:",
-          [](const StoredLinkCallback& receive) { return subscribe(receive); }, "receive"),
+          [](const OptionalTextCallback& receive) { return subscribe(receive); }, "receive"),
       selector(
           "cancel:", [](std::int64_t handle) { return Handles::shared().cancel(handle); },
           "handle"),

@@ -16,6 +16,7 @@ using Selector = Operation<platform::Value>;
 std::vector<Selector> startSelectors();
 std::vector<Selector> linkSelectors();
 std::vector<Selector> eventSelectors();
+std::vector<Selector> viewSelectors();
 
 /// All of them. Made by the first call, never destroyed.
 const std::vector<Selector>& selectors();

@@ -62,7 +62,9 @@ std::vector<Selector> startSelectors() {
           "apiKey", "deeplinkDomains", "launchOptions", "result"),
       selector(
           "registerForBehaviorsWithApiKey:",
-          [](const std::string& apiKey) { return handleOf(QWClient::registerForBehaviors(apiKey)); },
+          [](const std::string& apiKey) {
+            return handleOf(QWClient::registerForBehaviors(apiKey));
+          },
           "apiKey"),
       selector("registerForBehaviorsFromPlist",
                [] { return handleOf(QWClient::registerForBehaviorsFromPlist()); }),
