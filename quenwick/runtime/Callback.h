@@ -41,8 +41,11 @@ struct OutcomeArguments {
 struct LinkOrErrorArguments {
   static constexpr auto arguments = "[text or null, error or null]";
 };
-struct StoredLinkArguments {
+struct OptionalTextArguments {
   static constexpr auto arguments = "[text or null]";
+};
+struct TextArguments {
+  static constexpr auto arguments = "[text]";
 };
 struct NoArguments {
   static constexpr auto arguments = "[]";
@@ -52,7 +55,8 @@ struct NoArguments {
 using OutcomeCallback = CallbackOf<OutcomeArguments>;
 /// The same as two arguments, one of which is null.
 using LinkOrErrorCallback = CallbackOf<LinkOrErrorArguments>;
-using StoredLinkCallback = CallbackOf<StoredLinkArguments>;
+using OptionalTextCallback = CallbackOf<OptionalTextArguments>;
+using TextCallback = CallbackOf<TextArguments>;
 using PlainCallback = CallbackOf<NoArguments>;
 
 /// The host's callback as the facade takes it.

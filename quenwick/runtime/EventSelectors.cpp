@@ -49,11 +49,11 @@ std::vector<Selector> eventSelectors() {
           [](ProductSearchedProperties search) { QWClient::productSearched(std::move(search)); },
           "properties"),
       selector(
-          "identifyUser:", [](std::string id) { QWClient::identifyUser(id); }, "id"),
+          "identifyUser:", [](const std::string& id) { QWClient::identifyUser(id); }, "id"),
       selector("identifyUser", [] { QWClient::identifyUser(); }),
       selector(
           "logEventWithName:properties:",
-          [](std::string name, Dictionary properties) {
+          [](const std::string& name, Dictionary properties) {
             QWClient::logEvent(name, std::move(properties));
           },
           "name", "properties"),

@@ -105,6 +105,7 @@ struct Kind<NSItemProvider> {
 template <class T>
 struct Kind<std::optional<T>> {
   static std::string name() { return Kind<T>::name() + " or null"; }
+  // NOLINTNEXTLINE(performance-unnecessary-value-param): moved where the kind takes a value.
   static std::optional<T> read(platform::Value value) {
     if (value.isNull()) return std::nullopt;
     return Kind<T>::read(std::move(value));
@@ -130,8 +131,8 @@ struct Kind<std::vector<T>> {
 template <class T>
 struct Kind<std::map<std::string, T>> {
   static std::string name() { return "dictionary of " + Kind<T>::name(); }
-  static std::map<std::string, T> read(platform::Value value) {
-    auto* dictionary = value.as<platform::Dictionary>();
+  static std::map<std::string, T> read(const platform::Value& value) {
+    const auto* dictionary = value.as<platform::Dictionary>();
     if (!dictionary) throw ArgumentError::mismatch(name(), value);
     std::map<std::string, T> entries;
     for (const auto& [key, entry] : *dictionary) {

@@ -38,7 +38,7 @@ Handle resolve(const std::string& url, std::optional<double> deadline,
   return {handle};
 }
 
-Handle subscribe(const StoredLinkCallback& callback) {
+Handle subscribe(const OptionalTextCallback& callback) {
   auto publisher = QWClient::storedDeeplinkPublisher();
   // The first value would come here and now: all are posted.
   auto subscription =
@@ -58,58 +58,73 @@ std::vector<Selector> linkSelectors() {
   return {
       selector(
           "registerDeeplinkDomains:",
-          [](std::vector<std::string> domains) { QWClient::registerDeeplinkDomains(domains); },
+          [](const std::vector<std::string>& domains) {
+            QWClient::registerDeeplinkDomains(domains);
+          },
           "domains"),
       selector("registerDeeplinkDomainsFromPlist",
                [] { QWClient::registerDeeplinkDomainsFromPlist(); }),
       selector("domains", [] { return QWClient::domains(); }),
       selector(
-          "canHandleURL:", [](std::string url) { return QWClient::canHandleURL(url); }, "url"),
+          "canHandleURL:", [](const std::string& url) { return QWClient::canHandleURL(url); },
+          "url"),
       selector(
           "handleUniversalLinkWithUrl:",
-          [](std::string url) { return QWClient::handleUniversalLink(url); }, "url"),
+          [](const std::string& url) { return QWClient::handleUniversalLink(url); }, "url"),
       selector(
           "handleUniversalLinkFrom:",
-          [](NSUserActivity activity) { return QWClient::handleUniversalLink(activity); },
+          [](const NSUserActivity& activity) { return QWClient::handleUniversalLink(activity); },
           "activity"),
       selector(
           "handleUniversalLinkWith:",
-          [](UISceneConnectionOptions options) { return QWClient::handleUniversalLink(options); },
-          "options"),
-      selector(
-          "handleURLFromLaunchOptions:",
-          [](std::optional<Dictionary> options) {
-            return QWClient::handleURLFromLaunchOptions(options.value_or(Dictionary()));
+          [](const UISceneConnectionOptions& options) {
+            return QWClient::handleUniversalLink(options);
           },
           "options"),
       selector(
+          "handleURLFromLaunchOptions:",
+          [](const std::optional<Dictionary>& options) {
+            return QWClient::handleURLFromLaunchOptions(options.value_or(Dictionary()));
+          },
+          "options"),
+      selector("checkPasteboardOnInstall", [] { QWClient::checkPasteboardOnInstall(); }),
+      selector(
+          "checkPasteboardOnInstallWithCompletionHandler:",
+          [](const OptionalTextCallback& completion) {
+            QWClient::checkPasteboardOnInstall([completion](const Text& link) {
+              completion({valueOf(link)});
+              completion.release();
+            });
+          },
+          "completionHandler"),
+      selector(
           "pasteWithItemProviders:",
-          [](std::vector<NSItemProvider> providers) { return QWClient::paste(providers); },
+          [](const std::vector<NSItemProvider>& providers) { return QWClient::paste(providers); },
           "itemProviders"),
       selector(
           "resolveWithUrl:completion:",
-          [](std::string url, OutcomeCallback completion) {
+          [](const std::string& url, const OutcomeCallback& completion) {
             return resolve(url, std::nullopt, completion);
           },
           "url", "completion"),
       selector(
           "resolveWithUrl:deadline:completion:",
-          [](std::string url, std::optional<double> deadline, OutcomeCallback completion) {
-            return resolve(url, deadline, completion);
-          },
+          [](const std::string& url, std::optional<double> deadline,
+             const OutcomeCallback& completion) { return resolve(url, deadline, completion); },
           "url", "deadline", "completion"),
       selector("storedDeeplink", [] { return QWClient::storedDeeplink(); }),
       selector(
           "subscribeToStoredDeeplink:",
-          [](StoredLinkCallback receive) { return subscribe(receive); }, "receive"),
+          [](const OptionalTextCallback& receive) { return subscribe(receive); }, "receive"),
       selector(
           "cancel:", [](std::int64_t handle) { return Handles::shared().cancel(handle); },
           "handle"),
       selector(
-          "addHandleablePaths:", [](Paths paths) { QWClient::addHandleablePaths(paths); }, "paths"),
+          "addHandleablePaths:", [](const Paths& paths) { QWClient::addHandleablePaths(paths); },
+          "paths"),
       selector(
           "removeHandleablePathsFor:",
-          [](std::string host) { QWClient::removeHandleablePaths(host); }, "host"),
+          [](const std::string& host) { QWClient::removeHandleablePaths(host); }, "host"),
       selector("clearHandleablePaths", [] { QWClient::clearHandleablePaths(); }),
       selector("handleablePaths", [] { return QWClient::handleablePaths(); }),
       selector("qwU", [] { return QWClient::qwU(); }),

@@ -28,17 +28,17 @@ template <class Kind>
 struct CallbackKind<CallbackOf<Kind>> : std::true_type {};
 
 template <class T>
-Parameter parameter(std::string name) {
+Parameter parameter(const std::string& name) {
   if constexpr (CallbackKind<T>::value) {
-    return {.name = std::move(name), .kind = T::arguments(), .isCallback = true};
+    return {.name = name, .kind = T::arguments(), .isCallback = true};
   } else {
-    return {.name = std::move(name), .kind = Kind<T>::name()};
+    return {.name = name, .kind = Kind<T>::name()};
   }
 }
 template <class T>
   requires CallbackKind<typename T::value_type>::value
-Parameter parameter(std::string name) {
-  auto required = parameter<typename T::value_type>(std::move(name));
+Parameter parameter(const std::string& name) {
+  auto required = parameter<typename T::value_type>(name);
   required.isRequired = false;
   return required;
 }
@@ -112,10 +112,10 @@ template <class Out, class Function, class Result, class... Taken>
 struct Signature<Out, Function, Result (Function::*)(Taken...) const> {
   static constexpr auto count = sizeof...(Taken);
 
-  static Operation<Out> operation(std::string name, std::vector<std::string> names) {
+  static Operation<Out> operation(const std::string& name, const std::vector<std::string>& names) {
     std::size_t next = 0;
-    return {.name = std::move(name),
-            .parameters = {parameter<Taken>(std::move(names[next++]))...},
+    return {.name = name,
+            .parameters = {parameter<std::remove_cvref_t<Taken>>(names[next++])...},
             .result = resultName(),
             .run = run};
   }
@@ -132,7 +132,8 @@ struct Signature<Out, Function, Result (Function::*)(Taken...) const> {
   static Out run(Arguments& arguments, const std::vector<Parameter>& parameters) {
     std::size_t next = 0;
     // Braces take them from left to right.
-    std::tuple<Taken...> taken{arguments.take<Taken>(parameters[next++])...};
+    std::tuple<std::remove_cvref_t<Taken>...> taken{
+        arguments.take<std::remove_cvref_t<Taken>>(parameters[next++])...};
     if constexpr (std::is_void_v<Result>) {
       std::apply(Function(), std::move(taken));
       return Out();
@@ -147,9 +148,9 @@ struct Signature<Out, Function, Result (Function::*)(Taken...) const> {
 /// The function, which captures nothing, under that name. Its parameters tell the kinds of the
 /// arguments; `names` are theirs.
 template <class Out, class Function, class... Names>
-Operation<Out> operation(std::string name, Function, Names... names) {
+Operation<Out> operation(const std::string& name, Function, const Names&... names) {
   static_assert(sizeof...(Names) == Signature<Out, Function>::count);
-  return Signature<Out, Function>::operation(std::move(name), {std::string(names)...});
+  return Signature<Out, Function>::operation(name, {std::string(names)...});
 }
 
 }  // namespace quenwick::runtime

@@ -57,7 +57,7 @@ List listOf(const auto& texts) {
 const std::vector<Selector>& selectors() {
   static const auto& table = *[] {
     auto* all = new std::vector<Selector>;
-    for (auto part : {startSelectors, linkSelectors, eventSelectors}) {
+    for (auto part : {startSelectors, linkSelectors, eventSelectors, viewSelectors}) {
       std::ranges::move(part(), std::back_inserter(*all));
     }
     return all;

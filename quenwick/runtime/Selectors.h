@@ -16,6 +16,7 @@ using Selector = Operation<platform::Value>;
 std::vector<Selector> startSelectors();
 std::vector<Selector> linkSelectors();
 std::vector<Selector> eventSelectors();
+std::vector<Selector> viewSelectors();
 
 /// All of them. Made by the first call, never destroyed.
 const std::vector<Selector>& selectors();
@@ -74,8 +75,8 @@ struct ResultKind<std::optional<Handle>> {
 
 /// The selector under that name; see `operation`.
 template <class Function, class... Names>
-Selector selector(std::string name, Function function, Names... names) {
-  return operation<platform::Value>(std::move(name), function, names...);
+Selector selector(const std::string& name, Function function, const Names&... names) {
+  return operation<platform::Value>(name, function, names...);
 }
 
 }  // namespace quenwick::runtime

@@ -40,7 +40,7 @@ std::vector<Selector> startSelectors() {
       selector(
           "startWithApiKey:deeplinkDomains:launchOptions:shouldRegisterForBehaviorEvents:"
           "deeplinkHandler:",
-          [](Text apiKey, Domains domains, std::optional<Dictionary> launchOptions,
+          [](Text apiKey, Domains domains, const std::optional<Dictionary>& launchOptions,
              bool shouldRegister, std::optional<OutcomeCallback> handler) {
             QWClient::start({.apiKey = std::move(apiKey),
                              .deeplinkDomains = std::move(domains),
@@ -52,7 +52,7 @@ std::vector<Selector> startSelectors() {
           "deeplinkHandler"),
       selector(
           "startWithApiKey:deeplinkDomains:launchOptions:result:",
-          [](Text apiKey, Domains domains, std::optional<Dictionary> launchOptions,
+          [](Text apiKey, Domains domains, const std::optional<Dictionary>& launchOptions,
              std::optional<LinkOrErrorCallback> result) {
             QWClient::startWithResult({.apiKey = std::move(apiKey),
                                        .deeplinkDomains = std::move(domains),
@@ -62,13 +62,15 @@ std::vector<Selector> startSelectors() {
           "apiKey", "deeplinkDomains", "launchOptions", "result"),
       selector(
           "registerForBehaviorsWithApiKey:",
-          [](std::string apiKey) { return handleOf(QWClient::registerForBehaviors(apiKey)); },
+          [](const std::string& apiKey) {
+            return handleOf(QWClient::registerForBehaviors(apiKey));
+          },
           "apiKey"),
       selector("registerForBehaviorsFromPlist",
                [] { return handleOf(QWClient::registerForBehaviorsFromPlist()); }),
       selector(
           "setEventsEnabledHandler:",
-          [](std::optional<PlainCallback> handler) {
+          [](const std::optional<PlainCallback>& handler) {
             std::function<void()> call;
             if (handler) call = [handler] { (*handler)({}); };
             QWClient::setEventsEnabledHandler(std::move(call));

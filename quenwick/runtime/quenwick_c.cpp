@@ -37,7 +37,8 @@ bool guarded(char** text, const Work& work) noexcept {
       if (text) *text = handedOut(platform::madeUTF8(error.what()));
     }
   } catch (...) {
-    // The text itself could not be made: the host gets none.
+    // The text itself could not be made.
+    if (text) *text = nullptr;
   }
   return false;
 }

@@ -45,8 +45,8 @@ typedef struct quenwick_callback {
 
 /// Runs `work(argument)` later, once, on the thread on which the host's callbacks are to come: its
 /// main loop. In the order of the calls and one at a time. Called from any thread, several at once;
-/// must not run the work itself. What is left when the library has been shut down may be run or
-/// not.
+/// must not run the work itself. Work that is left when the library has been shut down is to be run
+/// all the same: it does nothing but free what it holds.
 typedef struct quenwick_executor {
   void (*post)(void* context, void (*work)(void* argument), void* argument);
   void* context;

@@ -131,6 +131,12 @@ class RuntimeTest : public testing::Test {
  protected:
   static constexpr auto kStart = "startWithApiKey:deeplinkDomains:launchOptions:result:";
 
+  /// Nothing of the library's may call a host that has gone.
+  void TearDown() override {
+    EXPECT_TRUE(Library::shared().shutdown(30'000));
+    loop_.drain();
+  }
+
   std::string configuration() {
     std::ifstream file(sandbox_.certificateAuthority());
     std::string authority{std::istreambuf_iterator<char>(file), {}};
