@@ -6,6 +6,7 @@
 #include "quenwick/events/EventOutcome.h"
 #include "quenwick/platform/Executor.h"
 #include "quenwick/platform/Task.h"
+#include "quenwick/platform/URLSession.h"
 
 namespace quenwick {
 namespace {
@@ -136,15 +137,21 @@ void EventPipeline::takeSteps() {
   }
 }
 
+/// Once all places are taken, a quarter of them must be free again before sends begin: they leave
+/// in company, which costs the loading thread less.
 void EventPipeline::startSends() {
-  for (auto repository = this->repository();
-       repository && inFlight_ < kMostInFlight && !waiting_.empty(); waiting_.pop_front()) {
+  if (isFull_ && inFlight_ > kMostInFlight - kMostInFlight / 4) return;
+  auto repository = this->repository();
+  if (!repository) return;
+  platform::LoadsTogether together;
+  for (; inFlight_ < kMostInFlight && !waiting_.empty(); waiting_.pop_front()) {
     auto payload = std::move(waiting_.front());
     waitingBytes_ -= payload.bytes;
     ++inFlight_;
     ledger_.move(EventState::waiting, EventState::inFlight);
     platform::spawn(send(shared_from_this(), repository, std::move(payload)));
   }
+  isFull_ = inFlight_ == kMostInFlight;
 }
 
 platform::Task<void> EventPipeline::send(std::shared_ptr<EventPipeline> self, Repository repository,

@@ -138,6 +138,7 @@ class EventPipeline : public std::enable_shared_from_this<EventPipeline> {
   std::size_t position_ = 0;
   std::deque<Payload> waiting_;
   std::size_t inFlight_ = 0;
+  bool isFull_ = false;
 };
 
 }  // namespace quenwick

@@ -23,6 +23,13 @@ std::shared_ptr<CURLM> makeMulti() {
   return multi;
 }
 
+/// Of a thread that hands over several loads together.
+struct Holding {
+  int depth = 0;
+  bool isWakeDue = false;
+};
+thread_local Holding holding;
+
 bool isMethod(std::string_view text) {
   return !text.empty() && std::ranges::all_of(text, [](char c) { return c > ' ' && c < 0x7f; });
 }
@@ -99,15 +106,33 @@ void URLLoader::closeIdleConnections() {
   done->get_future().wait();
 }
 
+void URLLoader::hold() { ++holding.depth; }
+
+void URLLoader::letGo() {
+  if (--holding.depth == 0 && std::exchange(holding.isWakeDue, false)) shared().wake();
+}
+
 void URLLoader::post(Command command) {
-  std::shared_ptr<CURLM> toWake;
   {
     std::lock_guard lock(mutex_);
     commands_.push_back(std::move(command));
-    if (commands_.size() == 1) toWake = multi_;
+    if (commands_.size() > 1 && !holding.isWakeDue) return;  // whoever came first wakes it
+    if (holding.depth > 0) {
+      holding.isWakeDue = true;
+      return;
+    }
   }
-  // Without the lock, which the woken thread takes first of all.
-  if (toWake) curl_multi_wakeup(toWake.get());
+  wake();
+}
+
+/// Without the lock, which the woken thread takes first of all.
+void URLLoader::wake() {
+  std::shared_ptr<CURLM> multi;
+  {
+    std::lock_guard lock(mutex_);
+    if (!commands_.empty()) multi = multi_;
+  }
+  if (multi) curl_multi_wakeup(multi.get());
 }
 
 void URLLoader::run() {

@@ -108,11 +108,16 @@ class URLLoader {
   void answerRedirect(std::shared_ptr<Load> load, std::optional<URLRequest> request);
   void closeIdleConnections();
 
+  /// From `hold` until `letGo`, what this thread hands over does not wake the loading thread.
+  static void hold();
+  static void letGo();
+
  private:
   using Command = std::function<void()>;
 
   URLLoader();
   void post(Command command);
+  void wake();
   void run();
   void runCommands();
   void takeEnded();

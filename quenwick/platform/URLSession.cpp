@@ -111,6 +111,10 @@ Task<DataResponse> URLSession::data(URLRequest request, std::stop_token stop) {
   co_return co_await suspend<DataResponse>(start);
 }
 
+LoadsTogether::LoadsTogether() { URLLoader::hold(); }
+
+LoadsTogether::~LoadsTogether() { URLLoader::letGo(); }
+
 void URLSession::closeIdleConnections() { URLLoader::shared().closeIdleConnections(); }
 
 }  // namespace quenwick::platform

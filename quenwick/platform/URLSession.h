@@ -69,6 +69,16 @@ struct DataResponse {
   std::shared_ptr<const URLResponse> response;
 };
 
+/// While it lives, loads that this thread starts may wait for each other: they are handed to the
+/// loading thread with one wake-up, which costs less than one for each.
+class LoadsTogether {
+ public:
+  LoadsTogether();
+  ~LoadsTogether();
+  LoadsTogether(const LoadsTogether&) = delete;
+  LoadsTogether& operator=(const LoadsTogether&) = delete;
+};
+
 /// Loads URLs over HTTP/1.1 and HTTP/2. All sessions share one loading thread and its
 /// connections; certificates are always verified, TLS is 1.2 at least, and nothing but http and
 /// https is ever loaded. Cookies live for the length of one load.
