@@ -60,6 +60,7 @@ class AuthenticationTokenManager::State : public std::enable_shared_from_this<St
     bool isRenewing = false;
     /// How many renewals have ended so far.
     std::uint64_t ended = 0;
+    friend bool operator==(const Moment&, const Moment&) = default;
   };
   Moment moment() const {
     std::lock_guard lock(mutex_);
@@ -171,6 +172,8 @@ Task<std::string> AuthenticationTokenManager::validToken() {
     auto moment = state->moment();
     if (!moment.isRenewing) {
       auto token = co_await platform::onKeysThread(&storedToken);
+      // A renewal in the meantime may have written one half of what was read.
+      if (state->moment() != moment) continue;
       if (!token.text) throw missingToken();
       if (state->isFresh(token.expiresAt)) co_return *std::move(token.text);
     }
