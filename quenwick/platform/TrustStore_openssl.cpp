@@ -4,6 +4,8 @@
 #include <openssl/err.h>
 #include <openssl/pem.h>
 
+#include "quenwick/platform/URLLoader_curl.h"
+
 namespace quenwick::platform {
 namespace {
 
@@ -45,6 +47,10 @@ const std::string& TrustStore::systemFile() {
     return std::string(known ? known : "/etc/ssl/certs/ca-certificates.crt");
   }());
   return file;
+}
+
+void TrustStore::Free::operator()(X509_STORE* store) const {
+  URLLoader::shared().post([store] { X509_STORE_free(store); });
 }
 
 void TrustStore::install(SSL_CTX* context) {

@@ -23,8 +23,9 @@ class TrustStore {
   static const std::string& systemFile();
 
  private:
+  /// Frees it on the loading thread, which ends before OpenSSL does.
   struct Free {
-    void operator()(X509_STORE* store) const { X509_STORE_free(store); }
+    void operator()(X509_STORE* store) const;
   };
 
   std::string additional_;

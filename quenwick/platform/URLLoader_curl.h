@@ -112,11 +112,12 @@ class URLLoader {
   static void hold();
   static void letGo();
 
- private:
+  /// Runs on the loading thread; never, once the process exits.
   using Command = std::function<void()>;
-
-  URLLoader();
   void post(Command command);
+
+ private:
+  URLLoader();
   void wake();
   void run();
   void runCommands();
