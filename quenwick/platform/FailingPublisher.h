@@ -42,9 +42,13 @@ class FailingPublisher {
 
   /// Each value as `transform` makes it. What `transform` throws ends the stream.
   template <class Transform>
-  auto map(const Transform& transform) const {
+  auto map(const Transform& transform) const& {
+    return FailingPublisher(*this).map(transform);
+  }
+  template <class Transform>
+  auto map(const Transform& transform) && {
     using Mapped = std::invoke_result_t<Transform, T>;
-    return FailingPublisher<Mapped>([subscribe = subscribe_,
+    return FailingPublisher<Mapped>([subscribe = std::move(subscribe_),
                                      transform](Subscriber<Mapped> subscriber) {
       auto mapped = std::make_shared<Mapper<Mapped, Transform>>(transform, std::move(subscriber));
       return subscribe(Subscriber<T>{
@@ -55,14 +59,19 @@ class FailingPublisher {
 
   /// Its failure as `transform` makes it.
   FailingPublisher mapError(
-      const std::function<std::exception_ptr(const std::exception_ptr&)>& transform) const {
-    return FailingPublisher([subscribe = subscribe_, transform](Subscriber<T> subscriber) {
-      subscriber.complete = [transform, complete = std::move(subscriber.complete)](
-                                const std::exception_ptr& failure) {
-        complete(failure ? transform(failure) : nullptr);
-      };
-      return subscribe(std::move(subscriber));
-    });
+      const std::function<std::exception_ptr(const std::exception_ptr&)>& transform) const& {
+    return FailingPublisher(*this).mapError(transform);
+  }
+  FailingPublisher mapError(
+      const std::function<std::exception_ptr(const std::exception_ptr&)>& transform) && {
+    return FailingPublisher(
+        [subscribe = std::move(subscribe_), transform](Subscriber<T> subscriber) {
+          subscriber.complete = [transform, complete = std::move(subscriber.complete)](
+                                    const std::exception_ptr& failure) {
+            complete(failure ? transform(failure) : nullptr);
+          };
+          return subscribe(std::move(subscriber));
+        });
   }
 
  private:

@@ -100,8 +100,10 @@ std::shared_ptr<URLSession> URLSession::make(URLSessionConfiguration configurati
 }
 
 Task<DataResponse> URLSession::data(URLRequest request, std::stop_token stop) {
-  auto watcher =
-      std::make_shared<Watcher>(Watcher{shared_from_this(), delegate_, delegateQueue_, {request}});
+  // The request is for the delegate alone.
+  URLSessionTask task{delegate_ ? request : URLRequest{}};
+  auto watcher = std::make_shared<Watcher>(
+      Watcher{shared_from_this(), delegate_, delegateQueue_, std::move(task)});
   auto load =
       std::make_shared<Load>(std::move(request), configuration_, trust_, askRedirectOf(watcher));
   std::stop_callback cancel(stop, [load] { URLLoader::shared().cancel(load); });

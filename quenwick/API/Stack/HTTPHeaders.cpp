@@ -31,7 +31,9 @@ const HTTPHeaders& HTTPHeaders::defaultHeaders() {
 }
 
 HTTPHeaders::Iterator HTTPHeaders::find(std::string_view name) const {
-  return std::ranges::find(headers_, platform::lowercased(name), loweredName);
+  return std::ranges::find_if(headers_, [name](const HTTPHeader& header) {
+    return platform::equalsIgnoringCase(header.name, name);
+  });
 }
 
 void HTTPHeaders::update(std::string name, std::string value) {

@@ -8,11 +8,15 @@
 namespace quenwick {
 namespace {
 
-platform::URLRequest bareRequest(const URLConvertible& url, const HTTPMethod& method,
-                                 const std::optional<HTTPHeaders>& headers) {
-  platform::URLRequest request{.url = url.asURL(), .httpMethod = method.rawValue};
+platform::URLRequest bareRequest(platform::URL url, const HTTPMethod& method,
+                                 const HTTPHeaders* headers) {
+  platform::URLRequest request{.url = std::move(url), .httpMethod = method.rawValue};
   if (headers) setHeaders(request, *headers);
   return request;
+}
+
+const HTTPHeaders* pointerTo(const std::optional<HTTPHeaders>& headers) {
+  return headers ? &*headers : nullptr;
 }
 
 [[noreturn]] void failOverShape() {
@@ -25,7 +29,7 @@ platform::URLRequest bareRequest(const URLConvertible& url, const HTTPMethod& me
 }  // namespace
 
 platform::URLRequest RequestConvertible::asURLRequest() const {
-  auto request = bareRequest(fields_.url, fields_.method, fields_.headers);
+  auto request = bareRequest(fields_.url.asURL(), fields_.method, pointerTo(fields_.headers));
   if (!fields_.parameters) return request;
   if (const auto* map = fields_.parameters->as<platform::Dictionary>()) {
     return encode(fields_.encoding, std::move(request), *map);
@@ -36,8 +40,16 @@ platform::URLRequest RequestConvertible::asURLRequest() const {
   return json->encodeWithArray(std::move(request), *list);
 }
 
+platform::URLRequest urlRequest(platform::URL url, const HTTPMethod& method,
+                                const HTTPHeaders& headers,
+                                const std::optional<platform::Dictionary>& parameters,
+                                const ParameterEncoding& encoding) {
+  auto request = bareRequest(std::move(url), method, &headers);
+  return parameters ? encode(encoding, std::move(request), *parameters) : request;
+}
+
 platform::URLRequest ParameterlessRequestConvertible::asURLRequest() const {
-  return bareRequest(url_, method_, headers_);
+  return bareRequest(url_.asURL(), method_, pointerTo(headers_));
 }
 
 }  // namespace quenwick

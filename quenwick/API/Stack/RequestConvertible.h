@@ -35,6 +35,12 @@ class RequestConvertible : public URLRequestConvertible {
   Fields fields_;
 };
 
+/// What a `RequestConvertible` of these parts builds, without a copy of them.
+platform::URLRequest urlRequest(platform::URL url, const HTTPMethod& method,
+                                const HTTPHeaders& headers,
+                                const std::optional<platform::Dictionary>& parameters,
+                                const ParameterEncoding& encoding);
+
 /// A request built from its parts, without parameters.
 class ParameterlessRequestConvertible : public URLRequestConvertible {
  public:

@@ -35,6 +35,7 @@ HTTPHeaders headersFrom(const platform::HeaderFields& fields) {
 
 platform::HeaderFields fieldsFrom(const HTTPHeaders& headers) {
   platform::HeaderFields fields;
+  fields.reserve(headers.size() + 1);
   for (const auto& header : headers) {
     if (isSendable(header)) {
       fields.emplace_back(header.name, header.value);

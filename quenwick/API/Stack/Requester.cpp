@@ -65,17 +65,10 @@ std::optional<platform::URL> Requester::url(const Request& request) const {
 }
 
 platform::URLRequest Requester::built(const Request& request) const {
-  auto target = url(request);
-  std::optional<platform::Value> parameters;
-  if (request.parameters()) parameters = *request.parameters();
-  return RequestConvertible(
-             {.url = target ? URLConvertible(*std::move(target))
-                            : URLConvertible(baseURL_.absoluteString() + request.path()),
-              .method = request.method(),
-              .parameters = std::move(parameters),
-              .encoding = request.parameterEncoding(),
-              .headers = request.headers()})
-      .asURLRequest();
+  auto target = request.path().empty() ? baseURL_ : url(request);
+  if (!target) throw APIError(APIError::InvalidURL{baseURL_.absoluteString() + request.path()});
+  return urlRequest(*std::move(target), request.method(), request.headers(), request.parameters(),
+                    request.parameterEncoding());
 }
 
 FailingPublisher<Bytes> Requester::bodies(const Request& request,
