@@ -20,6 +20,7 @@
 #include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/auth/SecureSessionData.h"
 #include "quenwick/events/BehaviorEventManager.h"
+#include "quenwick/events/EventPipeline.h"
 #include "quenwick/platform/HostConfiguration.h"
 #include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/SecItem.h"
@@ -141,7 +142,7 @@ bool sendAll(BehaviorEventManager& manager) {
 
 bool endToEnd(BehaviorEventManager& manager, const platform::URLSessionConfiguration& basis) {
   auto same = sent();
-  CurlEvents curl(basis, same.request, 64);
+  CurlEvents curl(basis, same.request, EventPipeline::kMostInFlight);
   return compare({.name = "10,000 events over HTTP/2",
                   .target = 1 / 0.9,
                   .rounds = 11,

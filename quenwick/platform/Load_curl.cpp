@@ -110,6 +110,7 @@ void Load::setRequest() {
   isHeadComplete_ = false;
   response_ = std::make_shared<HTTPURLResponse>();
   response_->url = request_.url;
+  response_->headerFields.reserve(8);
   lastProgress_ = Clock::now();
   curl_easy_setopt(this->easy(), CURLOPT_URL, request_.url->absoluteString().c_str());
   if (std::exchange(isSet_, true)) return;
