@@ -1,7 +1,7 @@
 // Events: what a call costs its caller, how many a second reach a server beside plain libcurl that
 // posts the same bodies, and what a server that never answers does to the host.
 //
-// usage: bench_events [keyring] [unanswered PORT, by itself]
+// usage: bench_events [keyring]
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -165,11 +165,11 @@ int unanswered(std::uint16_t port) {
   while (std::getline(status, line) && !line.starts_with("VmHWM:")) {
   }
   auto megabytes = std::stod(line.substr(6)) / 1024;
-  std::printf(
-      "%-34s %.0f MB  target 512  %s; %llu waiting or in flight, %llu dropped\n",
-      "memory, server that never answers", megabytes, megabytes < 512 ? "met" : "NOT MET",
-      static_cast<unsigned long long>(counts[EventState::waiting] + counts[EventState::inFlight]),
-      static_cast<unsigned long long>(counts[EventState::droppedOverflow]));
+  auto held = std::to_string(counts[EventState::waiting] + counts[EventState::inFlight]);
+  auto dropped = std::to_string(counts[EventState::droppedOverflow]);
+  std::printf("%-34s %.0f MB  target 512  %s; %s waiting or in flight, %s dropped\n",
+              "memory, server that never answers", megabytes, megabytes < 512 ? "met" : "NOT MET",
+              held.c_str(), dropped.c_str());
   std::printf("exit\n");
   std::fflush(stdout);
   std::exit(0);

@@ -23,7 +23,8 @@ CurlEvents::CurlEvents(const platform::URLSessionConfiguration& configuration,
   }
   for (const auto& [name, value] : request.headerFields) {
     if (platform::equalsIgnoringCase(name, "Accept-Encoding")) continue;
-    auto line = name + ": " + value;
+    auto line = name;
+    line.append(": ").append(value);
     headers_.reset(curl_slist_append(headers_.release(), line.c_str()));
   }
   headers_.reset(curl_slist_append(headers_.release(), "Expect:"));

@@ -113,6 +113,7 @@ platform::URLSessionConfiguration HTTP2Server::configuration() const {
 }
 
 SilentServer::SilentServer() : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  if (socket_ < 0) throw std::runtime_error("no socket");
   withAddress(0, [&](auto* address, auto size) { return ::bind(socket_, address, size); });
   ::listen(socket_, 64);
 }

@@ -41,6 +41,7 @@ std::vector<std::string> differences(const EventCounts& counts, const std::set<s
 
 std::vector<std::string> namesOf(const std::vector<Dictionary>& events) {
   std::vector<std::string> names;
+  names.reserve(events.size());
   for (const auto& event : events) names.push_back(*event.find("event")->as<std::string>());
   return names;
 }
@@ -65,6 +66,7 @@ TEST_F(BooksTest, BalanceAtEveryMomentAndMatchTheServiceInTheEnd) {
     for (int i = 0; i < kEach; ++i) sent.insert(std::to_string(host) + "." + std::to_string(i));
   }
   std::vector<std::thread> hosts;
+  hosts.reserve(3);
   for (int host = 0; host < 3; ++host) {
     hosts.emplace_back([this, host] {
       for (int i = 0; i < kEach; ++i) {

@@ -45,7 +45,7 @@ platform::URLRequest urlRequest(platform::URL url, const HTTPMethod& method,
                                 const std::optional<platform::Dictionary>& parameters,
                                 const ParameterEncoding& encoding) {
   auto request = bareRequest(std::move(url), method, &headers);
-  return parameters ? encode(encoding, std::move(request), *parameters) : request;
+  return parameters ? encode(encoding, std::move(request), parameters) : request;
 }
 
 platform::URLRequest ParameterlessRequestConvertible::asURLRequest() const {

@@ -28,7 +28,7 @@ class BehavioralEventRequesterTest : public testing::Test {
     return APIService::shared()->behavioralEvent(host)->requester();
   }
 
-  static Dictionary event(Dictionary further = {}) {
+  static Dictionary event(const Dictionary& further = {}) {
     Dictionary payload{{"type", "custom"}, {"event", "seen"}, {"properties", Dictionary()}};
     for (const auto& [key, value] : further) payload.set(key, value);
     return payload;
