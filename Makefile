@@ -2,12 +2,13 @@
 
 PRESET ?= debug
 
-.PHONY: help bootstrap build test demo bench format lint check clean
+.PHONY: help bootstrap build test demo bench faults format lint check clean
 
 help:
 	@echo "make demo     build, and resolve tracking links against the local sandbox"
 	@echo "make test     build and run all tests (PRESET=asan-ubsan, tsan or release for those)"
 	@echo "make bench    run the benchmarks (optimised build)"
+	@echo "make faults   hosts live among faults of all they stand on (SECONDS=60, SEED=n)"
 	@echo "make check    format, lint, build and test, as CI does"
 
 bootstrap:
@@ -27,6 +28,11 @@ bench: bootstrap
 	@cmake --preset release >/dev/null
 	cmake --build --preset release
 	scripts/bench build/release
+
+SECONDS ?= 60
+faults: build
+	tests/faults/faults.py $(SECONDS) build/$(PRESET)/tests/life \
+	  build/$(PRESET)/sandbox/quenwick-sandbox $(if $(SEED),--seed $(SEED))
 
 format: bootstrap
 	@scripts/sources | xargs clang-format-19 -i

@@ -47,6 +47,7 @@ Load::Easy Load::makeEasy() {
   curl_easy_setopt(easy, CURLOPT_CA_CACHE_TIMEOUT, -1L);
   curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Load::onHeader);
   curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Load::onBody);
+  curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &Load::onSend);
   auto handle = std::make_unique<Handle>();
   handle->easy.reset(easy);
   return handle;
@@ -59,6 +60,7 @@ void Load::setUp(Easy handle) {
   curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
   curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
   curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+  curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
   curl_easy_setopt(easy, CURLOPT_SSL_CTX_DATA, this);
   if (handle_->configuration != configuration_) setConfiguration();
 }
@@ -108,6 +110,7 @@ void Load::setNext(URLRequest request) {
 void Load::setRequest() {
   body_.clear();
   isHeadComplete_ = false;
+  isSent_ = false;
   response_ = std::make_shared<HTTPURLResponse>();
   response_->url = request_.url;
   response_->headerFields.reserve(8);
@@ -197,6 +200,15 @@ bool Load::receiveBody(std::string_view bytes) {
   return !isBodyTooLong_;
 }
 
+/// Whether the request may be sent now. Curl sends it again where a kept connection ends without an
+/// answer, though the service may have taken it: one that does something is sent once.
+bool Load::isToBeSent() {
+  const auto method = request_.httpMethod.value_or("GET");
+  bool doesSomething = method == "POST" || method == "PATCH";
+  isConnectionLost_ = std::exchange(isSent_, true) && doesSomething;
+  return !isConnectionLost_;
+}
+
 /// The request that a redirect asks for, once its head was received.
 std::optional<URLRequest> Load::redirect() {
   if (!isHeadComplete_) return std::nullopt;
@@ -210,6 +222,7 @@ std::shared_ptr<const PlatformError> Load::errorFrom(CURLcode code) const {
   const auto& url = request_.url->absoluteString();
   if (isCancelled_) return urlError(URLErrorCode::cancelled, "");
   if (isTimedOut_) return urlError(URLErrorCode::timedOut, url);
+  if (isConnectionLost_) return urlError(URLErrorCode::networkConnectionLost, url);
   if (isBodyTooLong_) return urlError(URLErrorCode::dataLengthExceedsMaximum, url);
   long verification = 0;
   curl_easy_getinfo(this->easy(), CURLINFO_SSL_VERIFYRESULT, &verification);
@@ -234,6 +247,10 @@ std::size_t Load::onHeader(char* bytes, std::size_t one, std::size_t count, void
 std::size_t Load::onBody(char* bytes, std::size_t one, std::size_t count, void* load) {
   auto size = one * count;
   return static_cast<Load*>(load)->receiveBody({bytes, size}) ? size : 0;
+}
+
+int Load::onSend(void* load, char*, char*, int, int) {
+  return static_cast<Load*>(load)->isToBeSent() ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
 CURLcode Load::onTrust(CURL*, void* context, void* load) {

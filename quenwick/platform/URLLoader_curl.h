@@ -68,12 +68,14 @@ class Load {
   void setTrust();
   bool receiveHeader(std::string_view line);
   bool receiveBody(std::string_view bytes);
+  bool isToBeSent();
   std::optional<URLRequest> redirect();
   std::shared_ptr<const PlatformError> errorFrom(CURLcode code) const;
   Clock::time_point deadline() const;
 
   static std::size_t onHeader(char* bytes, std::size_t one, std::size_t count, void* load);
   static std::size_t onBody(char* bytes, std::size_t one, std::size_t count, void* load);
+  static int onSend(void* load, char* address, char* ownAddress, int port, int ownPort);
   static CURLcode onTrust(CURL* easy, void* context, void* load);
 
   URLRequest request_;
@@ -86,6 +88,8 @@ class Load {
   std::shared_ptr<HTTPURLResponse> response_;
   bool isSet_ = false;  // method and headers are with the handle
   bool isHeadComplete_ = false;
+  bool isSent_ = false;
+  bool isConnectionLost_ = false;
   Bytes body_;
   bool isBodyTooLong_ = false;
   bool isTimedOut_ = false;

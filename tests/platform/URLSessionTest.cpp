@@ -123,6 +123,23 @@ TEST_F(URLSessionTest, FailuresHaveTheirCodeAndTheURLThatFailed) {
   }
 }
 
+// The service may have taken it before the connection went: only what asks may be asked again.
+TEST_F(URLSessionTest, WhatDoesSomethingIsSentOnceThoughAKeptConnectionEnds) {
+  auto session = URLSession::make(service_.configuration());
+  auto sentTo = [&](const char* method) {
+    URLRequest sent = request("https://a.example/cut-before");
+    sent.httpMethod = method;
+    if (*method == 'P') sent.httpBody = "one order";
+    wait(session->data(request("https://a.example/echo")));
+    service_.sandbox().forgetRequests();
+    EXPECT_THROW(wait(session->data(sent)), PlatformError);
+    return service_.received().size();
+  };
+  EXPECT_EQ(sentTo("POST"), 1U);
+  EXPECT_EQ(sentTo("PATCH"), 1U);
+  EXPECT_EQ(sentTo("GET"), 2U) << "the connection was not a kept one";
+}
+
 TEST_F(URLSessionTest, ARedirectIsFollowedWhateverBecomesOfItsBody) {
   auto session = URLSession::make(service_.configuration());
   EXPECT_EQ(wait(session->data(request("https://a.example/broken-bodies"))).data, "there");

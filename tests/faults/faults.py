@@ -1,0 +1,293 @@
+#!/usr/bin/env python3
+"""Runs hosts of the library for a while, each for a life, among faults of everything around them.
+
+usage: faults SECONDS LIFE-PROGRAM SANDBOX-PROGRAM [--seed N] [--growth KILOBYTES] [--keep]
+
+The service stalls, cuts, answers garbage, starts again, shows a wrong certificate; the disk is full,
+read-only, damaged; the keyring is killed; the clock jumps by a year; a host is killed. Afterwards
+nothing may be lost unaccounted for, invented or sent twice. Exits with 1 where something is.
+"""
+
+import argparse
+import json
+import os
+import pathlib
+import random
+import shutil
+import signal
+import sqlite3
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+
+from surroundings import Keyring, Service
+
+DISK = "24m"
+YEAR = 365 * 86400
+KINDS = ["server-error", "malformed", "cut", "cut-during", "wrong-types", "missing-fields",
+         "unauthorized", "forbidden", "unprocessable", "no-content"]
+
+
+class Life:
+    """One process of a host, from its start to its end."""
+
+    def __init__(self, faults, number):
+        self.prefix = f"life{number}"
+        self.journal = faults.folder / f"{self.prefix}.journal"
+        self.errors = open(faults.folder / f"{self.prefix}.log", "w+")
+        environment = {
+            **os.environ, "DBUS_SESSION_BUS_ADDRESS": faults.keyring.address,
+            "XDG_CONFIG_HOME": str(faults.home), "XDG_DATA_HOME": str(faults.home)}
+        self.process = subprocess.Popen(
+            [faults.program, faults.service.authority, str(faults.service.port),
+             self.journal, self.prefix, str(faults.random.randrange(1 << 30)), faults.clock],
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self.errors, text=True,
+            env=environment)
+
+    def is_running(self):
+        return self.process.poll() is None
+
+    def kill(self):
+        self.process.send_signal(signal.SIGKILL)
+        self.process.communicate()
+
+    def end(self):
+        """Ends it in order; its books."""
+        try:
+            output, _ = self.process.communicate("end\n", timeout=150)
+        except subprocess.TimeoutExpired:
+            self.process.send_signal(signal.SIGABRT)
+            self.process.communicate()
+            raise
+        if self.process.returncode != 0:
+            self.errors.seek(0)
+            raise AssertionError(f"{self.prefix} ended with {self.process.returncode}:\n"
+                                 + self.errors.read()[-4000:])
+        return json.loads(output.splitlines()[-1])
+
+    def begun(self):
+        return set(self.journal.read_text().split()) if self.journal.exists() else set()
+
+
+class Faults:
+    def __init__(self, arguments, folder):
+        self.random = random.Random(arguments.seed)
+        self.program = arguments.life
+        self.growth = arguments.growth
+        self.folder = folder
+        self.disk = folder / "disk"
+        self.home = self.disk / "home"
+        self.disk.mkdir()
+        subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={DISK}", "tmpfs", self.disk], check=True)
+        self.clock = folder / "clock"
+        self.set_clock(0)
+        self.keyring = Keyring(folder / "keyring")
+        self.service = Service(arguments.sandbox, folder / "sandbox", self.random)
+        self.life = None
+        self.lives = 0
+        self.killed = 0
+        self.counts = {}
+        self.largest_growth = 0
+
+    # Faults. Each leaves the surroundings as they were.
+
+    def pause(self, least=0.05, most=0.6):
+        time.sleep(self.random.uniform(least, most))
+
+    def stall(self):
+        with self.service.relay.stalled():
+            self.pause()
+
+    def cut(self):
+        self.service.relay.cut()
+
+    def noise(self):
+        with self.service.relay.noisy():
+            self.service.relay.cut()
+            self.pause()
+
+    def wrong_answers(self):
+        for part in ("events", "verification"):
+            kind = self.random.choice(KINDS)
+            self.service.set_faults(part, {"kind": kind, "times": self.random.randint(1, 9)})
+
+    def cut_answers(self):
+        """The service has taken events whose answers never come."""
+        self.service.set_faults("events", {"kind": "slow", "delay": 300, "times": 20})
+        time.sleep(0.1)
+        self.service.relay.cut()
+
+    def restart(self):
+        self.service.restart()
+
+    def wrong_certificate(self):
+        self.service.restart(self.random.choice(["expired", "unknown-issuer", "wrong-host"]))
+        self.pause()
+        self.service.restart()
+
+    def full_disk(self):
+        filler = self.disk / "filler"
+        try:
+            with open(filler, "wb", buffering=0) as file:
+                while file.write(bytes(4096)):
+                    pass
+        except OSError:
+            pass
+        self.pause()
+        filler.unlink()
+
+    def keyring_dies(self):
+        self.keyring.kill()
+        self.pause()
+        self.keyring.start()
+
+    def clock_jumps(self):
+        self.set_clock(self.random.choice([YEAR, -YEAR]))
+        self.pause()
+        self.set_clock(0)
+
+    def set_clock(self, seconds):
+        """A mapped file: its integer changes for whoever reads it."""
+        self.clock.touch()
+        with open(self.clock, "r+b", buffering=0) as file:
+            file.write(struct.pack("=q", seconds))
+
+    def kill_life(self):
+        self.life.kill()
+        self.killed += 1
+        self.life = None
+        if self.random.random() < 0.3:
+            self.damage()
+        if self.random.random() < 0.3:
+            self.begin_on_read_only_disk()
+        self.begin()
+
+    def end_life(self):
+        life, self.life = self.life, None
+        self.service.clear_faults()
+        books = life.end()
+        self.check_books(life, books)
+        self.begin()
+
+    # Lives
+
+    def begin(self):
+        self.lives += 1
+        self.life = Life(self, self.lives)
+
+    def begin_on_read_only_disk(self):
+        self.remount("ro")
+        self.begin()
+        self.pause(0.2, 0.5)
+        life, self.life = self.life, None
+        self.check_books(life, life.end())
+        self.remount("rw")
+
+    def remount(self, mode):
+        subprocess.run(["mount", "-o", f"remount,{mode},size={DISK}", self.disk], check=True)
+
+    def damage(self):
+        files = sorted(self.home.rglob("*.sqlite"))
+        if files:
+            file = self.random.choice(files)
+            size = file.stat().st_size
+            with open(file, "r+b") as opened:
+                opened.seek(self.random.randrange(max(size, 1)))
+                opened.write(self.random.randbytes(2000))
+
+    # Checks
+
+    def check_books(self, life, books):
+        states = books["states"]
+        arrived = self.service.arrived_of(life.prefix)
+        told = f"{life.prefix}: {json.dumps(books)}, arrived {len(arrived)}"
+        assert books["flushed"] and books["settled"] and books["shutDown"], told
+        assert states["waiting"] == 0 and states["in flight"] == 0, told
+        assert books["offered"] == books["journal"] == len(life.begun()), told
+        assert sum(states.values()) == books["offered"], told
+        uncertain = sum(count for name, count in states.items()
+                        if name in ("failed: transport", "failed: answer"))
+        acknowledged = states["acknowledged"]
+        assert acknowledged <= len(arrived) <= acknowledged + uncertain, told
+        self.largest_growth = max(self.largest_growth, books["grown"])
+        assert self.largest_growth < self.growth, told
+        for name, count in states.items():
+            self.counts[name] = self.counts.get(name, 0) + count
+
+    def check_all(self):
+        begun = set()
+        for journal in self.folder.glob("*.journal"):
+            begun |= set(journal.read_text().split())
+        arrived = self.service.arrived
+        invented = set(arrived) - begun
+        assert not invented, f"invented: {sorted(invented)[:10]}"
+        twice = sorted({name for name in arrived if arrived.count(name) > 1})
+        assert not twice, f"sent twice: {twice[:10]} ({len(twice)})"
+        for file in self.home.rglob("*.sqlite"):
+            if "damaged" in file.name:
+                continue
+            with sqlite3.connect(file) as store:
+                assert store.execute("pragma integrity_check").fetchone() == ("ok",), file
+
+    def run(self, seconds):
+        faults = [self.stall, self.cut, self.noise, self.wrong_answers, self.cut_answers, self.restart,
+                  self.wrong_certificate, self.full_disk, self.keyring_dies, self.clock_jumps,
+                  self.kill_life, self.end_life]
+        self.begin()
+        end = time.monotonic() + seconds
+        done = {}
+        while time.monotonic() < end:
+            self.pause()
+            fault = self.random.choice(faults)
+            done[fault.__name__] = done.get(fault.__name__, 0) + 1
+            fault()
+            if not self.life.is_running():
+                self.life.end()  # says how it ended
+                raise AssertionError(f"{self.life.prefix} ended by itself")
+        self.end_life()
+        self.life.end()
+        self.service.collect()
+        self.check_all()
+        return done
+
+    def close(self):
+        if self.life and self.life.is_running():
+            self.life.kill()
+        self.service.close()
+        self.keyring.close()
+        subprocess.run(["umount", "-l", self.disk], check=False)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("seconds", type=float)
+    parser.add_argument("life")
+    parser.add_argument("sandbox")
+    parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(1 << 30))
+    parser.add_argument("--growth", type=int, default=16384)
+    parser.add_argument("--keep", action="store_true")
+    arguments = parser.parse_args()
+    print(f"seed {arguments.seed}", flush=True)
+    folder = pathlib.Path(tempfile.mkdtemp(prefix="quenwick-faults-"))
+    faults = Faults(arguments, folder)
+    try:
+        done = faults.run(arguments.seconds)
+    finally:
+        faults.close()
+        if not arguments.keep:
+            shutil.rmtree(folder)
+    print("faults:", ", ".join(f"{name} {count}" for name, count in sorted(done.items())))
+    print(f"lives: {faults.lives}, killed {faults.killed}; largest growth {faults.largest_growth} kB")
+    print("events of lives that ended in order:",
+          ", ".join(f"{name} {count}" for name, count in faults.counts.items() if count))
+
+
+if __name__ == "__main__":
+    if os.environ.get("QUENWICK_OWN_MOUNTS") != "1":
+        # The full disk is a file system of the test's own, which nobody else sees.
+        os.environ["QUENWICK_OWN_MOUNTS"] = "1"
+        options = ["--mount"] if os.geteuid() == 0 else ["--map-root-user", "--mount"]
+        os.execvp("unshare", ["unshare", *options, sys.executable, *sys.argv])
+    main()

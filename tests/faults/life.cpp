@@ -1,0 +1,149 @@
+// A host that lives among faults: life CA PORT JOURNAL PREFIX SEED CLOCK
+//
+// Does at random what hosts do, until a line comes on standard input: offers events, each with an
+// identifier of its own that is in the journal before it is offered; hands links in; resolves some
+// on demand; sets its user. Then it ends in order and prints its books as one line of JSON.
+
+#include <fcntl.h>
+#include <malloc.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <thread>
+
+#include "quenwick/client/QWClient.h"
+#include "quenwick/events/BehaviorEventManager.h"
+#include "tests/faults/JumpingClock.h"
+
+using namespace quenwick;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto kPatience = 60s;
+constexpr auto kLink = "https://links.shop.example/p/go/1f";
+
+/// The names of everything that was begun. A line is there whole, whenever the process is killed.
+class Journal {
+ public:
+  Journal(const char* file, std::string prefix)
+      : file_(open(file, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0600)),
+        prefix_(std::move(prefix)) {}
+
+  std::string next() {
+    auto name = prefix_ + "-" + std::to_string(++count_);
+    auto line = name + "\n";
+    if (write(file_, line.data(), line.size()) != static_cast<ssize_t>(line.size())) abort();
+    return name;
+  }
+  int count() const { return count_; }
+
+ private:
+  const int file_;
+  const std::string prefix_;
+  int count_ = 0;
+};
+
+struct Links {
+  std::atomic<int> handedIn = 0;
+  std::atomic<int> outcomes = 0;
+};
+
+Configuration configuration(char** words) {
+  std::ifstream authority(words[1]);
+  auto port = static_cast<std::uint16_t>(std::atoi(words[2]));
+  return {.serviceURL = "https://api.shop.example",
+          .trustAnchors = {std::istreambuf_iterator<char>(authority), {}},
+          .connectTo = {{"", 443, "127.0.0.1", port}},
+          .bundleIdentifier = "com.example.life",
+          .bundleVersion = "1.0.0"};
+}
+
+/// One thing that hosts do.
+void act(unsigned chance, Journal& journal, Links& links) {
+  if (chance < 60) return QWClient::logEvent("step", {{"id", journal.next()}});
+  if (chance < 80) return QWClient::productViewed({{"id", journal.next()}, {"price", 3.5}});
+  if (chance < 88) {
+    if (QWClient::handleUniversalLink(kLink)) ++links.handedIn;
+    return;
+  }
+  if (chance < 94) {
+    ++links.handedIn;
+    return QWClient::resolve(kLink, [&links](const DeeplinkResult&) { ++links.outcomes; },
+                             {.deadline = 500ms});
+  }
+  if (chance < 97) return QWClient::setQWU("user-" + std::to_string(chance));
+  QWClient::registerForBehaviors("demo-key");
+}
+
+/// Kilobytes of memory that no file stands behind.
+long anonymousMemory() {
+  malloc_trim(0);
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    long kilobytes = 0;
+    if (word == "RssAnon:" && status >> kilobytes) return kilobytes;
+  }
+  return 0;
+}
+
+bool isToEnd(int milliseconds) {
+  pollfd input{STDIN_FILENO, POLLIN, 0};
+  return poll(&input, 1, milliseconds) > 0;
+}
+
+/// Waits for the outcomes of links that were handed in.
+bool settle(const Links& links) {
+  auto end = std::chrono::steady_clock::now() + kPatience;
+  while (links.outcomes < links.handedIn && std::chrono::steady_clock::now() < end) {
+    std::this_thread::sleep_for(1ms);
+  }
+  return links.outcomes == links.handedIn;
+}
+
+void printBooks(const EventCounts& books, const Journal& journal, const Links& links) {
+  std::printf(R"({"journal": %d, "offered": %llu, "states": {)", journal.count(),
+              static_cast<unsigned long long>(books.offered));
+  for (std::size_t state = 0; state < kEventStates; ++state) {
+    auto name = nameOf(static_cast<EventState>(state));
+    std::printf(R"(%s"%.*s": %llu)", state ? ", " : "", static_cast<int>(name.size()), name.data(),
+                static_cast<unsigned long long>(books.in.at(state)));
+  }
+  std::printf(R"(}, "links": %d, "outcomes": %d)", links.handedIn.load(), links.outcomes.load());
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  if (count != 7) return 2;
+  tests::followClock(words[6]);
+  Journal journal(words[3], words[4]);
+  Links links;
+  std::mt19937 random(static_cast<unsigned>(std::atoi(words[5])));
+  if (!configure(configuration(words))) return 3;
+  QWClient::start({.apiKey = "demo-key",
+                   .deeplinkDomains = {"links.shop.example"},
+                   .deeplinkHandler = [&](const DeeplinkResult&) { ++links.outcomes; }});
+  long memory = 0;
+  for (int turn = 0; !isToEnd(static_cast<int>(random() % 4)); ++turn) {
+    if (turn == 200) memory = anonymousMemory();
+    act(random() % 100, journal, links);
+  }
+  bool isFlushed = QWClient::flush(kPatience);
+  bool isSettled = settle(links);
+  printBooks(QWClient::shared()->eventManager().counts(), journal, links);
+  long memoryAtEnd = anonymousMemory();
+  bool isShutDown = QWClient::shutdown(10s);
+  std::printf(R"(, "flushed": %s, "settled": %s, "shutDown": %s, "memory": %ld, "grown": %ld})",
+              isFlushed ? "true" : "false", isSettled ? "true" : "false",
+              isShutDown ? "true" : "false", memoryAtEnd, memory ? memoryAtEnd - memory : 0);
+  std::puts("");
+}
