@@ -32,7 +32,7 @@ class QUENWICK_EXPORT DeeplinkResolutionError : public platform::Error {
   /// The error as domain "com.quenwick.error", code -1 or -2, and user info: the reason under
   /// `NSLocalizedFailureReasonErrorKey` and, for a failure, the link under `NSURLErrorKey`.
   platform::PlatformError nsError() const;
-  platform::PlatformError platformError() const override { return nsError(); }
+  platform::PlatformError platformError() const override;
 
  private:
   explicit DeeplinkResolutionError(Case value);

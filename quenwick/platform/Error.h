@@ -43,7 +43,7 @@ class QUENWICK_EXPORT PlatformError : public Error {
   int code() const { return code_; }
   const UserInfo& userInfo() const { return userInfo_; }
 
-  PlatformError platformError() const override { return *this; }
+  PlatformError platformError() const override;
 
  private:
   std::string domain_;
@@ -54,7 +54,7 @@ class QUENWICK_EXPORT PlatformError : public Error {
 /// An error of another library, or of the host, that is known by its text alone.
 class QUENWICK_EXPORT OtherError : public Error {
  public:
-  explicit OtherError(std::string description) : Error(std::move(description)) {}
+  explicit OtherError(std::string description);
 };
 
 /// The exception as an error that can be kept; one that is not an `Error` is kept by its text.
