@@ -20,11 +20,15 @@
 #include "quenwick/client/DeeplinkResult.h"
 #include "quenwick/client/OpeningLinks.h"
 #include "quenwick/client/PublicTypes.h"
+#include "quenwick/platform/Export.h"
 
 namespace quenwick {
 
 class BehaviorEventManager;
 class DeeplinkHandlers;
+class LinkIntake;
+
+inline namespace v0 {
 
 /// What `QWClient::start` takes; written with designated initialisers.
 struct StartOptions {
@@ -59,7 +63,7 @@ struct ResolveOptions {
 /// `start` and after it; each returns at once, without waiting for the network or the disk, and
 /// none throws. What fails is logged; outcomes of links reach the host's handlers, on the main
 /// actor (`Configuration::mainExecutor`).
-class QWClient {
+class QUENWICK_EXPORT QWClient {
  public:
   /// The process's client, made on first use.
   static std::shared_ptr<QWClient> shared();
@@ -83,8 +87,10 @@ class QWClient {
   /// Has behaviour events enabled once the service has confirmed the key. Every call asks anew
   /// unless the answer of the last week is at hand. The handle may be dropped.
   static std::optional<TaskHandle> registerForBehaviors(std::string_view apiKey);
-  /// The same with the key under "quen_wick_api_key"; nothing, and an error line, without one.
-  static std::optional<TaskHandle> registerForBehaviorsFromPlist();
+  /// The same with the bundle's key under "quen_wick_api_key"; nothing, and an error line, without
+  /// one.
+  static std::optional<TaskHandle> registerForBehaviorsFromPlist(
+      const Bundle& bundle = Bundle::main());
 
   /// Called on the main actor whenever events become enabled; at once where they are. One at a
   /// time: the next replaces it, and an empty one removes it.
@@ -101,8 +107,8 @@ class QWClient {
 
   /// Adds hosts whose links belong to the application, compared letter by letter.
   static void registerDeeplinkDomains(const std::vector<std::string>& domains);
-  /// Adds those that Info.plist lists under "quen_wick_universal_link_domains".
-  static void registerDeeplinkDomainsFromPlist();
+  /// Adds those that the bundle's Info.plist lists under "quen_wick_universal_link_domains".
+  static void registerDeeplinkDomainsFromPlist(const Bundle& bundle = Bundle::main());
   static std::set<std::string> domains();
 
   /// Whether the link lies with a registered domain and has a tracking shape or matches one of the
@@ -224,7 +230,7 @@ class QWClient {
   static bool shutdown(std::chrono::nanoseconds atMost);
 
  private:
-  friend class LinkIntake;
+  friend LinkIntake;
   struct State;
 
   static bool enter();
@@ -239,4 +245,5 @@ class QWClient {
   std::unique_ptr<State> state_;
 };
 
+}  // namespace v0
 }  // namespace quenwick

@@ -4,11 +4,12 @@
 #include <variant>
 
 #include "quenwick/platform/Error.h"
+#include "quenwick/platform/Export.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// Why a link did not resolve.
-class DeeplinkResolutionError : public platform::Error {
+class QUENWICK_EXPORT DeeplinkResolutionError : public platform::Error {
  public:
   struct Failure {
     /// The link that was resolved, with the scheme "https".
@@ -31,7 +32,7 @@ class DeeplinkResolutionError : public platform::Error {
   /// The error as domain "com.quenwick.error", code -1 or -2, and user info: the reason under
   /// `NSLocalizedFailureReasonErrorKey` and, for a failure, the link under `NSURLErrorKey`.
   platform::PlatformError nsError() const;
-  platform::PlatformError platformError() const override { return nsError(); }
+  platform::PlatformError platformError() const override;
 
  private:
   explicit DeeplinkResolutionError(Case value);
@@ -39,4 +40,4 @@ class DeeplinkResolutionError : public platform::Error {
   Case case_;
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

@@ -5,12 +5,13 @@
 #include <string>
 #include <string_view>
 
+#include "quenwick/platform/Export.h"
 #include "quenwick/platform/Value.h"
 
-namespace quenwick::platform {
+namespace quenwick::platform::inline v0 {
 
 /// An information dictionary and the resources beside it.
-class Bundle {
+class QUENWICK_EXPORT Bundle {
  public:
   using Resources = std::map<std::string, std::string, std::less<>>;
 
@@ -40,7 +41,4 @@ class Bundle {
   Resources resources_;
 };
 
-/// Reads a property list, XML or binary. None where it is neither. Data and dates read as null.
-std::optional<Value> parsePropertyList(std::string_view bytes);
-
-}  // namespace quenwick::platform
+}  // namespace quenwick::platform::inline v0

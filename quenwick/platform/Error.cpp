@@ -15,6 +15,10 @@ PlatformError::PlatformError(std::string domain, int code, std::string descripti
       code_(code),
       userInfo_(std::move(userInfo)) {}
 
+PlatformError PlatformError::platformError() const { return *this; }
+
+OtherError::OtherError(std::string description) : Error(std::move(description)) {}
+
 namespace {
 
 /// An `Error` of any type, kept alive by the exception it was thrown as.
@@ -25,7 +29,7 @@ ErrorPointer keep(const std::exception_ptr& exception, const Error& error) {
 
 }  // namespace
 
-ErrorPointer errorFrom(const std::exception_ptr& exception) {
+ErrorPointer v0::errorFrom(const std::exception_ptr& exception) {
   try {
     std::rethrow_exception(exception);
   } catch (const Error& error) {
