@@ -2,12 +2,13 @@
 
 PRESET ?= debug
 
-.PHONY: help bootstrap build test demo bench format lint check clean
+.PHONY: help bootstrap build test demo bench docs format lint check clean
 
 help:
 	@echo "make demo     build, and resolve tracking links against the local sandbox"
 	@echo "make test     build and run all tests (PRESET=asan-ubsan, tsan or release for those)"
 	@echo "make bench    run the benchmarks (optimised build)"
+	@echo "make docs     make the API reference, build/docs/html/index.html"
 	@echo "make check    format, lint, build and test, as CI does"
 
 bootstrap:
@@ -27,6 +28,9 @@ bench: bootstrap
 	@cmake --preset release >/dev/null
 	cmake --build --preset release
 	scripts/bench build/release
+
+docs: bootstrap
+	@scripts/reference
 
 format: bootstrap
 	@scripts/sources | xargs clang-format-19 -i

@@ -35,6 +35,7 @@ struct StartOptions {
   std::vector<std::string> deeplinkDomains = {};
   /// What the application was launched with; a URL in it is handled.
   LaunchOptions launchOptions = {};
+  /// False leaves behaviour events off until `registerForBehaviors` is called.
   bool shouldRegisterForBehaviorEvents = true;
   /// Called on the main actor with the outcome of every link that the application is opened with.
   DeeplinkHandler deeplinkHandler = {};
@@ -42,8 +43,11 @@ struct StartOptions {
 
 /// What `QWClient::startWithResult` takes.
 struct StartWithResultOptions {
+  /// As `StartOptions::apiKey`.
   std::optional<std::string> apiKey = {};
+  /// As `StartOptions::deeplinkDomains`.
   std::vector<std::string> deeplinkDomains = {};
+  /// As `StartOptions::launchOptions`.
   LaunchOptions launchOptions = {};
   /// As `StartOptions::deeplinkHandler`, for callers that cannot take a variant.
   DeeplinkCompatibilityHandler result = {};
@@ -51,7 +55,9 @@ struct StartWithResultOptions {
 
 /// When a resolution is to end, whatever has become of it by then.
 struct ResolveOptions {
+  /// How long it may take from now; no end of its own where none is given.
   std::optional<std::chrono::nanoseconds> deadline = {};
+  /// Ends it when asked to stop.
   std::stop_token stop = {};
 };
 
@@ -95,6 +101,8 @@ class QWClient {
 
   /// Which categories are logged: all until changed.
   static QWLogType enabledLogTypes();
+  /// Sets them, for the whole process, at once. Error lines about the library's own files and
+  /// calls are always written.
   static void setEnabledLogTypes(QWLogType types);
 
   // Links
@@ -103,6 +111,7 @@ class QWClient {
   static void registerDeeplinkDomains(const std::vector<std::string>& domains);
   /// Adds those that Info.plist lists under "quen_wick_universal_link_domains".
   static void registerDeeplinkDomainsFromPlist();
+  /// The domains registered so far.
   static std::set<std::string> domains();
 
   /// Whether the link lies with a registered domain and has a tracking shape or matches one of the
@@ -111,8 +120,12 @@ class QWClient {
   /// Resolves a link that the application is opened with, if it can be handled, and says whether
   /// it can. The outcome goes to the handler and, where it resolved, to `storedDeeplink`.
   static bool handleUniversalLink(std::string_view url);
+  /// The same for the page of a browsing activity; false for an activity of another type.
   static bool handleUniversalLink(const NSUserActivity& activity);
+  /// The same for the first browsing activity among those given.
   static bool handleUniversalLink(const UISceneConnectionOptions& options);
+  /// The same for the URL under `UIApplicationLaunchOptionsURLKey`; false without one. `start` does
+  /// this with the options that it is given.
   static bool handleURLFromLaunchOptions(const LaunchOptions& options);
 
   /// On the install's first launch: handles the link that the pasteboard holds, as a URL or as a
@@ -142,8 +155,11 @@ class QWClient {
   /// Patterns (regular expressions) that make further links of a host handleable. A host's new
   /// list replaces its old one. A pattern that does not compile is never found.
   static void addHandleablePaths(const std::map<std::string, std::vector<std::string>>& paths);
+  /// Removes the host's patterns; nothing happens where it has none.
   static void removeHandleablePaths(const std::string& host);
+  /// Removes the patterns of all hosts.
   static void clearHandleablePaths();
+  /// The patterns by host, as they were given.
   static std::map<std::string, std::vector<std::string>> handleablePaths();
 
   /// The link-user identifier: what the host has set, else what the last link carried.
@@ -158,36 +174,42 @@ class QWClient {
 
   /// A product was looked at.
   static void productViewed(Dictionary dictionary);
+  /// The same of a record, whose fields are checked when the program is compiled.
   template <std::same_as<ProductProperties> Properties>
   static void productViewed(Properties properties) {
     productViewedTyped(std::move(properties));
   }
   /// A product was put into the cart.
   static void productAdded(Dictionary dictionary);
+  /// The same of a record, whose fields are checked when the program is compiled.
   template <std::same_as<ProductProperties> Properties>
   static void productAdded(Properties properties) {
     productAddedTyped(std::move(properties));
   }
   /// A product was taken out of the cart.
   static void productRemoved(Dictionary dictionary);
+  /// The same of a record, whose fields are checked when the program is compiled.
   template <std::same_as<ProductProperties> Properties>
   static void productRemoved(Properties properties) {
     productRemovedTyped(std::move(properties));
   }
   /// An order was placed; a dictionary needs one product at least.
   static void orderCompleted(Dictionary dictionary);
+  /// The same of a record, whose fields are checked when the program is compiled.
   template <std::same_as<OrderCompletedProperties> Properties>
   static void orderCompleted(Properties properties) {
     orderCompletedTyped(std::move(properties));
   }
   /// A category was looked at.
   static void categoryViewed(Dictionary dictionary);
+  /// The same of a record, whose fields are checked when the program is compiled.
   template <std::same_as<ProductCategory> Properties>
   static void categoryViewed(Properties category) {
     categoryViewedTyped(std::move(category));
   }
   /// Products were searched. Of searches within half a second of each other the last is sent.
   static void productSearched(Dictionary dictionary);
+  /// The same of a record, whose fields are checked when the program is compiled.
   template <std::same_as<ProductSearchedProperties> Properties>
   static void productSearched(Properties properties) {
     productSearchedTyped(std::move(properties));

@@ -7,6 +7,7 @@
 
 namespace quenwick::platform {
 
+/// Something to be done.
 using Work = std::function<void()>;
 
 /// Runs the work. Work must not throw; what escapes it all the same ends here, with an error line.
@@ -16,6 +17,7 @@ void runWork(const Work& work) noexcept;
 class Executor {
  public:
   virtual ~Executor() = default;
+  /// From any thread.
   virtual void post(Work work) = 0;
 };
 
@@ -29,14 +31,18 @@ std::shared_ptr<Executor> makeStrand();
 class [[nodiscard]] Cancellable {
  public:
   Cancellable() = default;
+  /// Calls `cancel` once, at the end.
   explicit Cancellable(Work cancel) : cancel_(std::move(cancel)) {}
+  /// Takes the other's part; the other stands for nothing then.
   Cancellable(Cancellable&& other) noexcept : cancel_(std::exchange(other.cancel_, nullptr)) {}
+  /// Swaps parts with the other, which ends at its own destruction what stood here.
   Cancellable& operator=(Cancellable&& other) noexcept {
     std::swap(cancel_, other.cancel_);
     return *this;
   }
   ~Cancellable() { cancel(); }
 
+  /// Ends it now; once is enough. From the thread that holds it.
   void cancel() {
     if (auto cancel = std::exchange(cancel_, nullptr)) cancel();
   }

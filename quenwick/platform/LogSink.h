@@ -5,12 +5,18 @@
 
 namespace quenwick::platform {
 
+/// How much a line matters. Lines of `debug` are written nowhere unless a log hook takes them.
 enum class LogLevel { debug, standard, error };
 
+/// One line of the log.
 struct LogEntry {
+  /// How much it matters.
   LogLevel level = LogLevel::standard;
+  /// Its text, UTF-8.
   std::string message;
+  /// Who writes it: the library.
   std::string subsystem = "com.quenwick.sdk";
+  /// What part of the library that is.
   std::string category = "QW SDK";
 };
 
@@ -18,7 +24,9 @@ struct LogEntry {
 class LogSink {
  public:
   virtual ~LogSink() = default;
+  /// Whether entries of that level are written; asked before their text is made.
   virtual bool isEnabled(LogLevel level) const = 0;
+  /// Writes the entry, or posts it: who logs waits for this.
   virtual void write(const LogEntry& entry) = 0;
 };
 
@@ -29,7 +37,9 @@ class StandardErrorLog : public LogSink {
  public:
   /// Entries below `lowest` are not written.
   explicit StandardErrorLog(LogLevel lowest = LogLevel::standard) : lowest_(lowest) {}
+  /// Whether the level is at least `lowest`.
   bool isEnabled(LogLevel level) const override { return level >= lowest_; }
+  /// One line, in one piece.
   void write(const LogEntry& entry) override;
 
  private:

@@ -7,6 +7,7 @@ typedef struct _WebKitNetworkSession WebKitNetworkSession;
 
 namespace quenwick::ui {
 
+/// What `install` takes.
 struct Options {
   /// Lets the person inspect pages by the context menu. For development.
   bool developerTools = false;

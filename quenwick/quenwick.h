@@ -1,0 +1,6 @@
+#pragma once
+
+/// @file
+/// All that a host includes.
+
+#include "quenwick/client/QWClient.h"
