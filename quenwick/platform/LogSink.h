@@ -3,20 +3,16 @@
 #include <memory>
 #include <string>
 
-namespace quenwick::platform {
+#include "quenwick/platform/Export.h"
+#include "quenwick/platform/LogLevel.h"
 
-/// How much a line matters. Lines of `debug` are written nowhere unless a log hook takes them.
-enum class LogLevel { debug, standard, error };
+namespace quenwick::platform {
 
 /// One line of the log.
 struct LogEntry {
-  /// How much it matters.
   LogLevel level = LogLevel::standard;
-  /// Its text, UTF-8.
   std::string message;
-  /// Who writes it: the library.
   std::string subsystem = "com.quenwick.sdk";
-  /// What part of the library that is.
   std::string category = "QW SDK";
 };
 
@@ -37,9 +33,7 @@ class StandardErrorLog : public LogSink {
  public:
   /// Entries below `lowest` are not written.
   explicit StandardErrorLog(LogLevel lowest = LogLevel::standard) : lowest_(lowest) {}
-  /// Whether the level is at least `lowest`.
   bool isEnabled(LogLevel level) const override { return level >= lowest_; }
-  /// One line, in one piece.
   void write(const LogEntry& entry) override;
 
  private:
@@ -53,6 +47,6 @@ std::shared_ptr<LogSink> logSink();
 void setLogSink(std::shared_ptr<LogSink> sink);
 
 /// Writes one error line about the platform itself (a damaged file, a full disk).
-void logPlatformError(std::string message);
+QUENWICK_TOOLKIT_EXPORT void logPlatformError(std::string message);
 
 }  // namespace quenwick::platform

@@ -5,11 +5,12 @@
 #include <vector>
 
 #include "quenwick/API/Models/OrderCompletedProduct.h"
+#include "quenwick/platform/Export.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// A completed order.
-struct OrderCompletedProperties {
+struct QUENWICK_EXPORT OrderCompletedProperties {
   /// The order's identifier in the shop.
   std::optional<std::string> id = {};
   /// What the order comes to.
@@ -32,4 +33,4 @@ struct OrderCompletedProperties {
                          const OrderCompletedProperties&) = default;
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

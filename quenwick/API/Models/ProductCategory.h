@@ -3,13 +3,14 @@
 #include <optional>
 #include <string>
 
+#include "quenwick/platform/Export.h"
 #include "quenwick/platform/URL.h"
 #include "quenwick/platform/Value.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// A category of products.
-struct ProductCategory {
+struct QUENWICK_EXPORT ProductCategory {
   /// The category's identifier in the shop.
   std::string id;
   /// What people call it.
@@ -30,4 +31,4 @@ struct ProductCategory {
   friend bool operator==(const ProductCategory&, const ProductCategory&) = default;
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

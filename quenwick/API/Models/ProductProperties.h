@@ -6,13 +6,14 @@
 
 #include "quenwick/API/Models/Price.h"
 #include "quenwick/API/Models/ProductCategory.h"
+#include "quenwick/platform/Export.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// A product that was viewed, added or removed:
 ///
 ///     ProductProperties{.id = "42", .title = "Boots", .price = 89.9}
-struct ProductProperties {
+struct QUENWICK_EXPORT ProductProperties {
   /// The product's identifier in the shop.
   std::string id;
   /// What people call it.
@@ -40,4 +41,4 @@ struct ProductProperties {
   friend bool operator==(const ProductProperties&, const ProductProperties&) = default;
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

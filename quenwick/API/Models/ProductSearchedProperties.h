@@ -3,13 +3,14 @@
 #include <optional>
 #include <string>
 
+#include "quenwick/platform/Export.h"
 #include "quenwick/platform/URL.h"
 #include "quenwick/platform/Value.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// A search for products.
-struct ProductSearchedProperties {
+struct QUENWICK_EXPORT ProductSearchedProperties {
   /// What was searched for, as the person wrote it.
   std::string query;
   /// The page of the results.
@@ -29,4 +30,4 @@ struct ProductSearchedProperties {
                          const ProductSearchedProperties&) = default;
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

@@ -1,0 +1,8 @@
+#pragma once
+
+namespace quenwick::platform::inline v0 {
+
+/// How much a line matters. Lines of `debug` are written nowhere unless a log hook takes them.
+enum class LogLevel { debug, standard, error };
+
+}  // namespace quenwick::platform::inline v0
