@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Compiles what the documents show, and looks whether their links lead anywhere.
 
-usage: check_documents.py links | CXX | CC [DOCUMENT...]
+usage: check_documents.py links | python | COMPILER
 
-Blocks fenced as `cpp` and `c` are compiled with a host's warnings as errors; further words of the
-fence are pkg-config modules that the block needs. A block without an include of its own is the body
-of a function of a host. Blocks fenced as `cpp-qt` are not compiled: Qt is no dependency.
+Blocks fenced as `cpp` (for a C++ compiler) and `c` are compiled with a host's warnings as errors;
+further words of the fence are pkg-config modules that the block needs. A block without an include of
+its own is the body of a function of a host. Those fenced as `cpp-qt` are not compiled: the library
+does not depend on Qt.
 """
 
 import pathlib
@@ -22,35 +23,53 @@ WHOLE = '#line %d "%s"\n%s'
 LANGUAGES = {"cpp": ["-x", "c++", "-std=c++20"], "c": ["-x", "c", "-std=c11"]}
 
 
-def documents(names):
-    return [ROOT / name for name in names] or [*ROOT.glob("*.md"), *ROOT.glob("docs/*.md")]
+DOCUMENTS = sorted([*ROOT.glob("*.md"), *ROOT.glob("docs/*.md")])
 
 
-def blocks(document):
-    """Yields language, pkg-config modules, line and text of each fenced block."""
-    text = document.read_text()
-    for match in FENCE.finditer(text):
-        yield match[1], match[2].split(), text.count("\n", 0, match.start(3)) + 1, match[3]
+def blocks(wanted):
+    """Yields document, pkg-config modules, line and text of each block of the language."""
+    for document in DOCUMENTS:
+        text = document.read_text()
+        for language, words, block in FENCE.findall(text):
+            if language == wanted:
+                line = text.count("\n", 0, text.index(block)) + 1
+                yield document.relative_to(ROOT), words.split(), line, block
 
 
-def compile_block(compiler, document, language, modules, line, text):
-    name = str(document.relative_to(ROOT))
-    source = (WHOLE if "#include" in text else BODY) % (line, name, text)
+def flags_of(modules):
+    """What pkg-config says of the modules, whose headers are no business of ours."""
+    if not modules:
+        return []
     flags = subprocess.run(["pkg-config", "--cflags", *modules], check=True, text=True,
-                           capture_output=True).stdout.split() if modules else []
-    flags = [flag.replace("-I", "-isystem", 1) for flag in flags]
+                           capture_output=True).stdout.split()
+    return ["-isystem" + flag[2:] if flag.startswith("-I") else flag for flag in flags]
+
+
+def compiles(compiler, language, document, modules, line, text):
+    source = (WHOLE if "#include" in text else BODY) % (line, document, text)
     with tempfile.NamedTemporaryFile("w", suffix=".txt") as file:
         file.write(source)
         file.flush()
-        return subprocess.run([compiler, *LANGUAGES[language], "-fsyntax-only", "-Wall", "-Wextra",
-                               "-Werror", f"-I{ROOT}", *flags, file.name], check=False).returncode == 0
+        command = [compiler, *LANGUAGES[language], "-fsyntax-only", "-Wall", "-Wextra", "-Werror",
+                   f"-I{ROOT}", *flags_of(modules), file.name]
+        return subprocess.run(command, check=False).returncode == 0
 
 
-def compile_blocks(compiler, names):
-    language = "cpp" if "++" in compiler else "c"
-    results = [compile_block(compiler, document, *block) for document in documents(names)
-               for block in blocks(document) if block[0] == language]
-    print(f"{sum(results)} of {len(results)} blocks compile")
+def reads_as_python(document, line, text):
+    try:
+        compile("\n" * (line - 1) + text, str(document), "exec")
+        return True
+    except SyntaxError as error:
+        print(f"{document}:{error.lineno}: {error.msg}", file=sys.stderr)
+        return False
+
+
+def check_blocks(what):
+    language = "python" if what == "python" else "cpp" if "++" in what else "c"
+    results = [reads_as_python(document, line, text) if what == "python" else
+               compiles(what, language, document, modules, line, text)
+               for document, modules, line, text in blocks(language)]
+    print(f"{sum(results)} of {len(results)} blocks are right")
     return bool(results) and all(results)
 
 
@@ -68,14 +87,14 @@ def is_dead(document, target):
     return not file.exists() or bool(anchor) and anchor not in anchors(file)
 
 
-def check_links(names):
-    links = [(document, target) for document in documents(names)
-             for target in re.findall(r"\]\(([^)\s]+)\)", document.read_text())]
+def check_links():
+    links = [(document, target) for document in DOCUMENTS
+             for target in re.findall(r"\]\(([^)\s]+)\)", FENCE.sub("", document.read_text()))]
     dead = [f"{document.relative_to(ROOT)}: {target} leads nowhere"
             for document, target in links if is_dead(document, target)]
     print("\n".join(dead) or f"{len(links)} links lead somewhere")
     return bool(links) and not dead
 
 
-what, *names = sys.argv[1:]
-sys.exit(0 if (check_links if what == "links" else lambda n: compile_blocks(what, n))(names) else 1)
+what = sys.argv[1]
+sys.exit(0 if (check_links() if what == "links" else check_blocks(what)) else 1)
