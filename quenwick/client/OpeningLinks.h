@@ -29,7 +29,7 @@ struct NSUserActivity {
 
 /// What a window of the application is opened for.
 struct UISceneConnectionOptions {
-  /// The first of the browsing type counts.
+  /// The first that browses the web and has a link counts.
   std::vector<NSUserActivity> userActivities = {};
 };
 

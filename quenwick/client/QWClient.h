@@ -124,12 +124,11 @@ class QUENWICK_EXPORT QWClient {
   /// Resolves a link that the application is opened with, if it can be handled, and says whether
   /// it can. The outcome goes to the handler and, where it resolved, to `storedDeeplink`.
   static bool handleUniversalLink(std::string_view url);
-  /// The same for the page of a browsing activity; false for an activity of another type.
+  /// The link of an activity that browses the web.
   static bool handleUniversalLink(const NSUserActivity& activity);
-  /// The same for the first browsing activity among those given.
+  /// The first activity that browses the web and has a link.
   static bool handleUniversalLink(const UISceneConnectionOptions& options);
-  /// The same for the URL under `UIApplicationLaunchOptionsURLKey`; false without one. `start` does
-  /// this with the options that it is given.
+  /// The link under `UIApplicationLaunchOptionsURLKey`. `start` does it with its own.
   static bool handleURLFromLaunchOptions(const LaunchOptions& options);
 
   /// On the install's first launch: handles the link that the pasteboard holds, as a URL or as a
