@@ -2,11 +2,12 @@
 
 PRESET ?= debug
 
-.PHONY: help bootstrap build test demo bench docs format lint check clean
+.PHONY: help bootstrap build test demo packages bench docs format lint check clean
 
 help:
 	@echo "make demo     build, and resolve tracking links against the local sandbox"
 	@echo "make test     build and run all tests (PRESET=asan-ubsan, tsan or release for those)"
+	@echo "make packages Debian packages, into build/packages/packages"
 	@echo "make bench    run the benchmarks (optimised build)"
 	@echo "make docs     make the API reference, build/docs/html/index.html"
 	@echo "make check    format, lint, build and test, as CI does"
@@ -23,6 +24,11 @@ test: build
 
 demo: build
 	@scripts/demo build/$(PRESET)
+
+packages: bootstrap
+	@cmake --preset packages >/dev/null
+	cmake --build --preset packages
+	cd build/packages && cpack
 
 bench: bootstrap
 	@cmake --preset release >/dev/null

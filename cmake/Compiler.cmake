@@ -3,8 +3,10 @@
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 14)
   message(FATAL_ERROR
     "GCC ${CMAKE_CXX_COMPILER_VERSION} destroys temporaries of co_await expressions twice; "
-    "the library needs clang 19 (apt-get install clang-19) or GCC 14. "
-    "Configure with: cmake --preset debug. Hosts may still use this GCC.")
+    "the library needs clang 19 or GCC 14.\n"
+    "  apt-get install clang-19, and configure with\n"
+    "  -DCMAKE_CXX_COMPILER=clang++-19\n"
+    "Hosts may still use this GCC with an installed library: find_package(quenwick).")
 endif()
 
 set(CMAKE_CXX_STANDARD 20)
@@ -36,8 +38,8 @@ if(QUENWICK_SANITIZE)
 endif()
 
 # One precompiled header of the standard library, shared by every target.
-file(GENERATE OUTPUT "${CMAKE_BINARY_DIR}/pch.cpp" CONTENT "")
-add_library(quenwick_pch STATIC "${CMAKE_BINARY_DIR}/pch.cpp")
+file(GENERATE OUTPUT "${PROJECT_BINARY_DIR}/pch.cpp" CONTENT "")
+add_library(quenwick_pch STATIC "${PROJECT_BINARY_DIR}/pch.cpp")
 target_link_libraries(quenwick_pch PRIVATE quenwick_flags)
 target_precompile_headers(quenwick_pch PRIVATE
   <algorithm> <atomic> <chrono> <condition_variable> <coroutine> <cstdint> <deque> <exception>

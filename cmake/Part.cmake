@@ -1,6 +1,6 @@
 # quenwick_view(<variable> <name> <folder>): makes the view of that name for a folder of the project.
 function(quenwick_view variable name folder)
-  set(view "${CMAKE_BINARY_DIR}/views/${name}")
+  set(view "${PROJECT_BINARY_DIR}/views/${name}")
   cmake_path(GET folder PARENT_PATH parent)
   file(MAKE_DIRECTORY "${view}/${parent}")
   file(CREATE_LINK "${PROJECT_SOURCE_DIR}/${folder}" "${view}/${folder}" SYMBOLIC)

@@ -19,6 +19,8 @@ endfunction()
 
 get_property(parts GLOBAL PROPERTY QUENWICK_PARTS)
 get_property(libraries GLOBAL PROPERTY QUENWICK_LIBRARIES)
+# By its file: the exported target would name the imported one, which a host does not have.
+list(TRANSFORM libraries REPLACE "^Boost::json$" "$<TARGET_FILE:Boost::json>")
 quenwick_library(quenwick ${parts})
 target_link_libraries(quenwick PRIVATE ${libraries})
 target_sources(quenwick PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES
@@ -39,6 +41,7 @@ target_sources(quenwick PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}
   deeplink/DeeplinkResolutionError.h
   logging/QWLogType.h
   platform/AnyPublisher.h
+  platform/Bundle.h
   platform/Cancellable.h
   platform/Error.h
   platform/Export.h

@@ -2,6 +2,7 @@
 
 #include "quenwick/logging/QWLogType.h"
 #include "quenwick/platform/AnyPublisher.h"
+#include "quenwick/platform/Bundle.h"
 #include "quenwick/platform/Cancellable.h"
 #include "quenwick/platform/Error.h"
 #include "quenwick/platform/LogLevel.h"
@@ -12,6 +13,7 @@
 namespace quenwick::inline v0 {
 
 using platform::AnyPublisher;
+using platform::Bundle;
 using platform::Cancellable;
 using platform::Dictionary;
 using platform::List;

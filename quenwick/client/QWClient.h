@@ -93,8 +93,10 @@ class QUENWICK_EXPORT QWClient {
   /// Has behaviour events enabled once the service has confirmed the key. Every call asks anew
   /// unless the answer of the last week is at hand. The handle may be dropped.
   static std::optional<TaskHandle> registerForBehaviors(std::string_view apiKey);
-  /// The same with the key under "quen_wick_api_key"; nothing, and an error line, without one.
-  static std::optional<TaskHandle> registerForBehaviorsFromPlist();
+  /// The same with the bundle's key under "quen_wick_api_key"; nothing, and an error line, without
+  /// one.
+  static std::optional<TaskHandle> registerForBehaviorsFromPlist(
+      const Bundle& bundle = Bundle::main());
 
   /// Called on the main actor whenever events become enabled; at once where they are. One at a
   /// time: the next replaces it, and an empty one removes it.
@@ -113,8 +115,8 @@ class QUENWICK_EXPORT QWClient {
 
   /// Adds hosts whose links belong to the application, compared letter by letter.
   static void registerDeeplinkDomains(const std::vector<std::string>& domains);
-  /// Adds those that Info.plist lists under "quen_wick_universal_link_domains".
-  static void registerDeeplinkDomainsFromPlist();
+  /// Adds those that the bundle's Info.plist lists under "quen_wick_universal_link_domains".
+  static void registerDeeplinkDomainsFromPlist(const Bundle& bundle = Bundle::main());
   /// The domains registered so far.
   static std::set<std::string> domains();
 

@@ -6,7 +6,6 @@
 #include "quenwick/client/LinkIntake.h"
 #include "quenwick/client/QWClient.h"
 #include "quenwick/logging/Logger.h"
-#include "quenwick/platform/Bundle.h"
 #include "quenwick/platform/Pasteboard.h"
 #include "quenwick/platform/Text.h"
 #include "quenwick/state/Analytics.h"
@@ -71,9 +70,9 @@ void QWClient::registerDeeplinkDomains(const std::vector<std::string>& domains) 
   LinkIntake::shared().handleableLinks().insertDomains(domains);
 }
 
-void QWClient::registerDeeplinkDomainsFromPlist() {
+void QWClient::registerDeeplinkDomainsFromPlist(const Bundle& bundle) {
   if (!enter()) return;
-  const auto& info = platform::Bundle::main().infoDictionary();
+  const auto& info = bundle.infoDictionary();
   for (const auto* key : kDomainKeys) {
     if (auto domains = textsOf(info.find(key))) return registerDeeplinkDomains(*domains);
     Logger::debug(QWLogType::deeplink,

@@ -9,7 +9,6 @@
 #include "quenwick/client/QWClient.h"
 #include "quenwick/events/BehaviorEventManager.h"
 #include "quenwick/logging/Logger.h"
-#include "quenwick/platform/Bundle.h"
 #include "quenwick/platform/Task.h"
 
 namespace quenwick {
@@ -71,9 +70,9 @@ std::optional<TaskHandle> QWClient::registerForBehaviors(std::string_view apiKey
   return platform::startTask(enableEvents(std::string(apiKey), std::move(ending)), own);
 }
 
-std::optional<TaskHandle> QWClient::registerForBehaviorsFromPlist() {
+std::optional<TaskHandle> QWClient::registerForBehaviorsFromPlist(const Bundle& bundle) {
   if (!enter()) return std::nullopt;
-  if (auto key = platform::Bundle::main().text(kAPIKeyKey)) return registerForBehaviors(*key);
+  if (auto key = bundle.text(kAPIKeyKey)) return registerForBehaviors(*key);
   Logger::error(QWLogType::behaviorEvent, "Behavioral Verification failed: API Key Not Found");
   return std::nullopt;
 }

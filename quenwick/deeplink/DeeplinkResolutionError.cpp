@@ -37,4 +37,6 @@ platform::PlatformError DeeplinkResolutionError::nsError() const {
                                  std::move(userInfo));
 }
 
+platform::PlatformError DeeplinkResolutionError::platformError() const { return nsError(); }
+
 }  // namespace quenwick

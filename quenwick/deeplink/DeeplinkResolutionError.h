@@ -38,7 +38,7 @@ class QUENWICK_EXPORT DeeplinkResolutionError : public platform::Error {
   /// `NSLocalizedFailureReasonErrorKey` and, for a failure, the link under `NSURLErrorKey`.
   platform::PlatformError nsError() const;
   /// The same, for errors of every kind.
-  platform::PlatformError platformError() const override { return nsError(); }
+  platform::PlatformError platformError() const override;
 
  private:
   explicit DeeplinkResolutionError(Case value);

@@ -5,18 +5,21 @@
 #include <string>
 #include <string_view>
 
+#include "quenwick/platform/Export.h"
 #include "quenwick/platform/Value.h"
 
-namespace quenwick::platform {
+namespace quenwick::platform::inline v0 {
 
 /// An information dictionary and the resources beside it.
-class Bundle {
+class QUENWICK_EXPORT Bundle {
  public:
+  /// Bytes by file name.
   using Resources = std::map<std::string, std::string, std::less<>>;
 
   /// A bundle that lies in memory: a property list (any of its formats; an unreadable one counts
   /// as empty) and resources by file name.
   Bundle(std::string_view infoPropertyList, Resources resources);
+  /// A bundle of that information and no resources.
   explicit Bundle(Dictionary info) : info_(std::move(info)) {}
 
   /// The application's own. Its Info.plist lies where the host's configuration says, beside the
@@ -24,6 +27,7 @@ class Bundle {
   /// the configuration. Read once, with one error line where it has no identifier.
   static const Bundle& main();
 
+  /// What the property list says; empty where there is none.
   const Dictionary& infoDictionary() const { return info_; }
 
   /// A text of the information dictionary; none where it is absent or no text.
@@ -40,7 +44,4 @@ class Bundle {
   Resources resources_;
 };
 
-/// Reads a property list, XML or binary. None where it is neither. Data and dates read as null.
-std::optional<Value> parsePropertyList(std::string_view bytes);
-
-}  // namespace quenwick::platform
+}  // namespace quenwick::platform::inline v0

@@ -10,6 +10,7 @@
 #include "quenwick/platform/Bundle.h"
 #include "quenwick/platform/HostConfiguration.h"
 #include "quenwick/platform/LogSink.h"
+#include "quenwick/platform/PropertyList.h"
 
 namespace quenwick::platform {
 namespace {

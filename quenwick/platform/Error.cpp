@@ -15,6 +15,10 @@ PlatformError::PlatformError(std::string domain, int code, std::string descripti
       code_(code),
       userInfo_(std::move(userInfo)) {}
 
+PlatformError PlatformError::platformError() const { return *this; }
+
+OtherError::OtherError(std::string description) : Error(std::move(description)) {}
+
 namespace {
 
 /// An `Error` of any type, kept alive by the exception it was thrown as.

@@ -52,7 +52,7 @@ class QUENWICK_EXPORT PlatformError : public Error {
   const UserInfo& userInfo() const { return userInfo_; }
 
   /// Itself.
-  PlatformError platformError() const override { return *this; }
+  PlatformError platformError() const override;
 
  private:
   std::string domain_;
@@ -64,7 +64,7 @@ class QUENWICK_EXPORT PlatformError : public Error {
 class QUENWICK_EXPORT OtherError : public Error {
  public:
   /// `description` is what a person reads.
-  explicit OtherError(std::string description) : Error(std::move(description)) {}
+  explicit OtherError(std::string description);
 };
 
 /// The exception as an error that can be kept; one that is not an `Error` is kept by its text.

@@ -4,7 +4,7 @@
 #include <set>
 #include <utility>
 
-#include "quenwick/platform/Bundle.h"
+#include "quenwick/platform/PropertyList.h"
 #include "quenwick/platform/Text.h"
 
 namespace quenwick::platform {

@@ -64,6 +64,12 @@ std::vector<Selector> linkSelectors() {
           "domains"),
       selector("registerDeeplinkDomainsFromPlist",
                [] { QWClient::registerDeeplinkDomainsFromPlist(); }),
+      selector(
+          "registerDeeplinkDomainsFromPlistWithBundle:",
+          [](Dictionary info) {
+            QWClient::registerDeeplinkDomainsFromPlist(Bundle(std::move(info)));
+          },
+          "bundle"),
       selector("domains", [] { return QWClient::domains(); }),
       selector(
           "canHandleURL:", [](const std::string& url) { return QWClient::canHandleURL(url); },

@@ -69,6 +69,12 @@ std::vector<Selector> startSelectors() {
       selector("registerForBehaviorsFromPlist",
                [] { return handleOf(QWClient::registerForBehaviorsFromPlist()); }),
       selector(
+          "registerForBehaviorsFromPlistWithBundle:",
+          [](Dictionary info) {
+            return handleOf(QWClient::registerForBehaviorsFromPlist(Bundle(std::move(info))));
+          },
+          "bundle"),
+      selector(
           "setEventsEnabledHandler:",
           [](const std::optional<PlainCallback>& handler) {
             std::function<void()> call;

@@ -72,6 +72,19 @@ TEST_F(StartTest, EventsAreNotAskedForWhereTheHostWantsNone) {
   EXPECT_TRUE(service_.received().empty());
 }
 
+TEST_F(StartTest, ABundleOfTheHostsOwnNamesKeyAndDomains) {
+  Bundle bundle(Dictionary{{"quen_wick_api_key", "key"},
+                           {"quenewick_universal_link_domains", List{"p.example"}}});
+  QWClient::registerDeeplinkDomainsFromPlist(bundle);
+  EXPECT_EQ(QWClient::domains(), std::set<std::string>{"p.example"});
+  auto task = QWClient::registerForBehaviorsFromPlist(bundle);
+  ASSERT_TRUE(task && task->waitFor(10s));
+  QWClient::logEvent("wished");
+  EXPECT_TRUE(QWClient::flush(10s));
+  EXPECT_EQ(events().size(), 1U);
+  EXPECT_FALSE(QWClient::registerForBehaviorsFromPlist(Bundle(Dictionary{})));
+}
+
 TEST_F(StartTest, AWrongKeyEndsInOneLine) {
   auto task = QWClient::registerForBehaviors("another key");
   ASSERT_TRUE(task && task->waitFor(10s));

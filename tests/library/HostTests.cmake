@@ -1,0 +1,51 @@
+# Hosts of other compilers, built with the installed library or with its sources, and run.
+
+set(prefix "${CMAKE_CURRENT_BINARY_DIR}/installed")
+set(library "${prefix}/${CMAKE_INSTALL_LIBDIR}")
+set(consumer "${PROJECT_SOURCE_DIR}/examples/consumer")
+set(hosts "${CMAKE_CURRENT_BINARY_DIR}/hosts")
+set(warnings -Wall -Wextra -Werror)
+file(MAKE_DIRECTORY "${hosts}")
+
+# host_test(<name> <timeout> COMMAND...): one that needs the installed library.
+function(host_test name timeout)
+  add_test(NAME ${name} COMMAND ${ARGN})
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} FIXTURES_REQUIRED installed
+    ENVIRONMENT "PKG_CONFIG_PATH=${library}/pkgconfig;LD_LIBRARY_PATH=${library}")
+endfunction()
+
+add_test(NAME TheLibraryIsInstalled
+  COMMAND sh -c "rm -rf '${prefix}' && for part in library development; do \
+    '${CMAKE_COMMAND}' --install '${PROJECT_BINARY_DIR}' --prefix '${prefix}' --component $part || exit 1; done")
+set_tests_properties(TheLibraryIsInstalled PROPERTIES FIXTURES_SETUP installed)
+
+# host_by_cmake(<name> <timeout> <compiler> OPTION...): the example as a project of its own.
+function(host_by_cmake name timeout compiler)
+  list(JOIN warnings " " flags)
+  host_test(${name} ${timeout} ${CMAKE_CTEST_COMMAND}
+    --build-and-test "${consumer}" "${hosts}/${name}" --build-generator Ninja --build-target consumer
+    --build-options -DCMAKE_CXX_COMPILER=${compiler} "-DCMAKE_CXX_FLAGS=${flags}" ${ARGN}
+    --test-command $<TARGET_FILE:beside_sandbox> "${hosts}/${name}/consumer" @options)
+endfunction()
+
+foreach(compiler g++ clang++-19)
+  host_by_cmake(AHostFindsTheInstalledLibrary.${compiler} 300 ${compiler}
+    "-DCMAKE_PREFIX_PATH=${prefix}")
+endforeach()
+host_by_cmake(AHostBuildsTheLibraryAlong 1200 clang++-19 "-DQUENWICK_SOURCES=${PROJECT_SOURCE_DIR}")
+
+add_test(NAME ACompilerThatCannotBuildTheLibraryIsToldWhatToDo
+  COMMAND ${CMAKE_COMMAND} -S "${consumer}" -B "${hosts}/refused" -G Ninja
+          -DCMAKE_CXX_COMPILER=g++ "-DQUENWICK_SOURCES=${PROJECT_SOURCE_DIR}")
+set_tests_properties(ACompilerThatCannotBuildTheLibraryIsToldWhatToDo PROPERTIES
+  PASS_REGULAR_EXPRESSION "CMAKE_CXX_COMPILER=clang\\+\\+-19")
+
+# host_by_hand(<name> <source> <arguments> COMPILER...): compiled by a line, with pkg-config's words.
+function(host_by_hand name source arguments)
+  string(JOIN " " line ${ARGN} ${warnings})
+  host_test(${name} 300 sh -c "${line} '${source}' $(pkg-config --cflags --libs quenwick) \
+    -o '${hosts}/${name}' && '$<TARGET_FILE:beside_sandbox>' '${hosts}/${name}' ${arguments}")
+endfunction()
+
+host_by_hand(AHostIsBuiltByPkgConfig "${consumer}/main.cpp" @options g++ -std=c++20)
+host_by_hand(AHostIsBuiltInC "${consumer}/main.c" @json gcc -std=c11 -pedantic)
