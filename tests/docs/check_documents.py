@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Compiles what the documents show, and looks whether their links lead anywhere.
+"""Compiles what the documents show, and looks whether their links lead anywhere and whether the
+README names every operation of the facade.
 
-usage: check_documents.py links | python | COMPILER
+usage: check_documents.py links | facade | python | COMPILER
 
 Blocks fenced as `cpp` (for a C++ compiler) and `c` are compiled with a host's warnings as errors;
 further words of the fence are pkg-config modules that the block needs. A block without an include of
@@ -96,5 +97,16 @@ def check_links():
     return bool(links) and not dead
 
 
+def check_facade():
+    header = (ROOT / "quenwick/client/QWClient.h").read_text()
+    public = header[header.index(" public:"):header.index(" private:")]
+    names = set(re.findall(r"^  static [^;{]*?\b(\w+)\(", public, re.MULTILINE))
+    readme = (ROOT / "README.md").read_text()
+    missing = [name for name in sorted(names) if not re.search(rf"`{name}[(`]", readme)]
+    print("\n".join(f"README.md does not name {name}" for name in missing) or f"{len(names)} are named")
+    return bool(names) and not missing
+
+
 what = sys.argv[1]
-sys.exit(0 if (check_links() if what == "links" else check_blocks(what)) else 1)
+checks = {"links": check_links, "facade": check_facade}
+sys.exit(0 if checks.get(what, lambda: check_blocks(what))() else 1)
