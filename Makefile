@@ -37,6 +37,7 @@ bench: bootstrap
 
 docs: bootstrap
 	@scripts/reference
+	@echo build/docs/html/index.html
 
 format: bootstrap
 	@scripts/sources | xargs clang-format-19 -i
