@@ -111,7 +111,8 @@ class QUENWICK_EXPORT QWClient {
   /// calls are always written.
   static void setEnabledLogTypes(QWLogType types);
 
-  // Links
+  /// @name Links
+  /// @{
 
   /// Adds hosts whose links belong to the application, compared letter by letter.
   static void registerDeeplinkDomains(const std::vector<std::string>& domains);
@@ -172,10 +173,12 @@ class QUENWICK_EXPORT QWClient {
   /// Sets it; none removes it. It is on disk within a tenth of a second.
   static void setQWU(std::optional<std::string> value);
 
-  // Events. A dictionary is checked, and refused with an error line where it lacks something or
-  // holds what JSON cannot; a moved one is not copied. Events go out in the order of the calls;
-  // one offered while events are not enabled is refused with a line, and what became of each is
-  // logged.
+  /// @}
+  /// @name Events
+  /// A dictionary is checked, and refused with an error line where it lacks something or holds what
+  /// JSON cannot; a moved one is not copied. Events go out in the order of the calls; one offered
+  /// while events are not enabled is refused with a line, and what became of each is logged.
+  /// @{
 
   /// A product was looked at.
   static void productViewed(Dictionary dictionary);
@@ -226,9 +229,12 @@ class QUENWICK_EXPORT QWClient {
   /// An event of the application's own.
   static void logEvent(std::string_view name, Dictionary properties = {});
 
-  // In-app views. Shown over the application's active window by a window toolkit
-  // (`quenwick::ui::install` brings GTK's); without one, or for a link that is no URL, an error
-  // line is written. `handler` is called on the main actor with the identifier of a tapped button.
+  /// @}
+  /// @name In-app views
+  /// Shown over the application's active window by a window toolkit (`quenwick::ui::install` brings
+  /// GTK's); without one, or for a link that is no URL, an error line is written. `handler` is
+  /// called on the main actor with the identifier of a tapped button.
+  /// @{
 
   /// A page of the service, which may carry buttons.
   static void showInAppMessage(std::string_view link, bool hideCloseButton = false,
@@ -237,7 +243,9 @@ class QUENWICK_EXPORT QWClient {
   static void showInAppBrowser(std::string_view link,
                                std::function<void(const std::string& buttonID)> handler = {});
 
-  // The end
+  /// @}
+  /// @name The end
+  /// @{
 
   /// Sends a search that still waits for the user to pause, and waits until the service has
   /// answered for every event and all that is kept is on disk; at most for the duration. Whether
@@ -249,6 +257,8 @@ class QUENWICK_EXPORT QWClient {
   /// most for the duration. Whether all of it has ended. Events that were not sent by then are
   /// lost: `flush` first. Every later call is refused with an error line.
   static bool shutdown(std::chrono::nanoseconds atMost);
+
+  /// @}
 
  private:
   friend LinkIntake;
