@@ -2,7 +2,7 @@
 
 PRESET ?= debug
 
-.PHONY: help bootstrap build test demo bench faults packages format lint check clean
+.PHONY: help bootstrap build test demo bench faults packages docs format lint check clean
 
 help:
 	@echo "make demo     build, and resolve tracking links against the local sandbox"
@@ -10,6 +10,7 @@ help:
 	@echo "make packages Debian packages, into build/packages/packages"
 	@echo "make bench    run the benchmarks (optimised build)"
 	@echo "make faults   hosts live among faults of all they stand on (SECONDS=60, SEED=n)"
+	@echo "make docs     make the API reference, build/docs/html/index.html"
 	@echo "make check    format, lint, build and test, as CI does"
 
 bootstrap:
@@ -39,6 +40,9 @@ SECONDS ?= 60
 faults: build
 	tests/faults/faults.py $(SECONDS) build/$(PRESET)/tests/life \
 	  build/$(PRESET)/sandbox/quenwick-sandbox $(if $(SEED),--seed $(SEED))
+docs: bootstrap
+	@scripts/reference
+	@echo build/docs/html/index.html
 
 format: bootstrap
 	@scripts/sources | xargs clang-format-19 -i

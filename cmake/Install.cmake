@@ -36,8 +36,10 @@ write_basic_package_version_file("${made}/quenwick-config-version.cmake"
   COMPATIBILITY SameMinorVersion)
 install(FILES "${made}/quenwick-config.cmake" "${made}/quenwick-config-version.cmake"
   DESTINATION "${package_directory}" COMPONENT development)
-install(FILES README.md docs/architecture.md docs/c-interface.md
+install(FILES README.md CONTRIBUTING.md
   DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libquenwick-dev" COMPONENT development)
+install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libquenwick-dev"
+  COMPONENT development FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
 install(DIRECTORY examples/consumer examples/python
   DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libquenwick-dev/examples" COMPONENT development
   PATTERN __pycache__ EXCLUDE)

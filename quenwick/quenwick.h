@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// All that a host includes. It needs the C++20 standard library and nothing else.
 
 #include "quenwick/client/Configuration.h"

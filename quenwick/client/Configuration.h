@@ -16,9 +16,13 @@ namespace quenwick::inline v0 {
 /// Connections to `host` and `port` go to `toAddress` and `toPort` instead; requests and the check
 /// of certificates stay as they are. An empty host stands for every host.
 struct ConnectTo {
+  /// Which host is meant, as a URL names it; empty for every host.
   std::string host = {};
+  /// Which port of it.
   std::uint16_t port = 443;
+  /// The address or the name to connect to; must be given.
   std::string toAddress = {};
+  /// The port there.
   std::uint16_t toPort = 443;
 };
 
@@ -28,10 +32,12 @@ struct Configuration {
   std::optional<std::string> serviceURL = {};
   /// Certificates (PEM text) trusted as issuers beside the system's.
   std::string trustAnchors = {};
+  /// Where connections go instead, as for the sandbox; the first that fits counts.
   std::vector<ConnectTo> connectTo = {};
   /// Stand before what the application's Info.plist says. An interpreter must set them: its
   /// executable is not the application.
   std::optional<std::string> bundleIdentifier = {};
+  /// The application's version, as text.
   std::optional<std::string> bundleVersion = {};
   /// Where Info.plist lies, if neither beside the executable nor in its share folder.
   std::optional<std::filesystem::path> infoPlist = {};

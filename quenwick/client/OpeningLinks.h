@@ -21,18 +21,23 @@ inline constexpr std::string_view NSUserActivityTypeBrowsingWeb = "NSUserActivit
 
 /// What the user was doing when the application was opened.
 struct NSUserActivity {
+  /// `NSUserActivityTypeBrowsingWeb` where it opens a link; others are let pass.
   std::string activityType;
+  /// The link.
   std::optional<std::string> webpageURL = {};
 };
 
 /// What a window of the application is opened for.
 struct UISceneConnectionOptions {
+  /// The first that browses the web and has a link counts.
   std::vector<NSUserActivity> userActivities = {};
 };
 
 /// Something that the user pasted, in the forms in which it is to be had.
 struct NSItemProvider {
+  /// As a URL, which is looked at first.
   std::optional<std::string> url = {};
+  /// As text, which may be a URL.
   std::optional<std::string> text = {};
 };
 

@@ -39,6 +39,7 @@ struct StartOptions {
   std::vector<std::string> deeplinkDomains = {};
   /// What the application was launched with; a URL in it is handled.
   LaunchOptions launchOptions = {};
+  /// False leaves behaviour events off until `registerForBehaviors` is called.
   bool shouldRegisterForBehaviorEvents = true;
   /// Called on the main actor with the outcome of every link that the application is opened with.
   DeeplinkHandler deeplinkHandler = {};
@@ -46,8 +47,11 @@ struct StartOptions {
 
 /// What `QWClient::startWithResult` takes.
 struct StartWithResultOptions {
+  /// As `StartOptions::apiKey`.
   std::optional<std::string> apiKey = {};
+  /// As `StartOptions::deeplinkDomains`.
   std::vector<std::string> deeplinkDomains = {};
+  /// As `StartOptions::launchOptions`.
   LaunchOptions launchOptions = {};
   /// As `StartOptions::deeplinkHandler`, for callers that cannot take a variant.
   DeeplinkCompatibilityHandler result = {};
@@ -55,7 +59,9 @@ struct StartWithResultOptions {
 
 /// When a resolution is to end, whatever has become of it by then.
 struct ResolveOptions {
+  /// How long it may take from now; no end of its own where none is given.
   std::optional<std::chrono::nanoseconds> deadline = {};
+  /// Ends it when asked to stop.
   std::stop_token stop = {};
 };
 
@@ -101,14 +107,18 @@ class QUENWICK_EXPORT QWClient {
 
   /// Which categories are logged: all until changed.
   static QWLogType enabledLogTypes();
+  /// Sets them, for the whole process, at once. Error lines about the library's own files and
+  /// calls are always written.
   static void setEnabledLogTypes(QWLogType types);
 
-  // Links
+  /// @name Links
+  /// @{
 
   /// Adds hosts whose links belong to the application, compared letter by letter.
   static void registerDeeplinkDomains(const std::vector<std::string>& domains);
   /// Adds those that the bundle's Info.plist lists under "quen_wick_universal_link_domains".
   static void registerDeeplinkDomainsFromPlist(const Bundle& bundle = Bundle::main());
+  /// The domains registered so far.
   static std::set<std::string> domains();
 
   /// Whether the link lies with a registered domain and has a tracking shape or matches one of the
@@ -117,8 +127,11 @@ class QUENWICK_EXPORT QWClient {
   /// Resolves a link that the application is opened with, if it can be handled, and says whether
   /// it can. The outcome goes to the handler and, where it resolved, to `storedDeeplink`.
   static bool handleUniversalLink(std::string_view url);
+  /// The link of an activity that browses the web.
   static bool handleUniversalLink(const NSUserActivity& activity);
+  /// The first activity that browses the web and has a link.
   static bool handleUniversalLink(const UISceneConnectionOptions& options);
+  /// The link under `UIApplicationLaunchOptionsURLKey`. `start` does it with its own.
   static bool handleURLFromLaunchOptions(const LaunchOptions& options);
 
   /// On the install's first launch: handles the link that the pasteboard holds, as a URL or as a
@@ -148,8 +161,11 @@ class QUENWICK_EXPORT QWClient {
   /// Patterns (regular expressions) that make further links of a host handleable. A host's new
   /// list replaces its old one. A pattern that does not compile is never found.
   static void addHandleablePaths(const std::map<std::string, std::vector<std::string>>& paths);
+  /// Removes the host's patterns; nothing happens where it has none.
   static void removeHandleablePaths(const std::string& host);
+  /// Removes the patterns of all hosts.
   static void clearHandleablePaths();
+  /// The patterns by host, as they were given.
   static std::map<std::string, std::vector<std::string>> handleablePaths();
 
   /// The link-user identifier: what the host has set, else what the last link carried.
@@ -157,43 +173,51 @@ class QUENWICK_EXPORT QWClient {
   /// Sets it; none removes it. It is on disk within a tenth of a second.
   static void setQWU(std::optional<std::string> value);
 
-  // Events. A dictionary is checked, and refused with an error line where it lacks something or
-  // holds what JSON cannot; a moved one is not copied. Events go out in the order of the calls;
-  // one offered while events are not enabled is refused with a line, and what became of each is
-  // logged.
+  /// @}
+  /// @name Events
+  /// A dictionary is checked, and refused with an error line where it lacks something or holds what
+  /// JSON cannot; a moved one is not copied. Events go out in the order of the calls; one offered
+  /// while events are not enabled is refused with a line, and what became of each is logged.
+  /// @{
 
   /// A product was looked at.
   static void productViewed(Dictionary dictionary);
+  /// The same of a record, whose fields are checked when the program is compiled.
   template <std::same_as<ProductProperties> Properties>
   static void productViewed(Properties properties) {
     productViewedTyped(std::move(properties));
   }
   /// A product was put into the cart.
   static void productAdded(Dictionary dictionary);
+  /// The same of a record, whose fields are checked when the program is compiled.
   template <std::same_as<ProductProperties> Properties>
   static void productAdded(Properties properties) {
     productAddedTyped(std::move(properties));
   }
   /// A product was taken out of the cart.
   static void productRemoved(Dictionary dictionary);
+  /// The same of a record, whose fields are checked when the program is compiled.
   template <std::same_as<ProductProperties> Properties>
   static void productRemoved(Properties properties) {
     productRemovedTyped(std::move(properties));
   }
   /// An order was placed; a dictionary needs one product at least.
   static void orderCompleted(Dictionary dictionary);
+  /// The same of a record, whose fields are checked when the program is compiled.
   template <std::same_as<OrderCompletedProperties> Properties>
   static void orderCompleted(Properties properties) {
     orderCompletedTyped(std::move(properties));
   }
   /// A category was looked at.
   static void categoryViewed(Dictionary dictionary);
+  /// The same of a record, whose fields are checked when the program is compiled.
   template <std::same_as<ProductCategory> Properties>
   static void categoryViewed(Properties category) {
     categoryViewedTyped(std::move(category));
   }
   /// Products were searched. Of searches within half a second of each other the last is sent.
   static void productSearched(Dictionary dictionary);
+  /// The same of a record, whose fields are checked when the program is compiled.
   template <std::same_as<ProductSearchedProperties> Properties>
   static void productSearched(Properties properties) {
     productSearchedTyped(std::move(properties));
@@ -205,9 +229,12 @@ class QUENWICK_EXPORT QWClient {
   /// An event of the application's own.
   static void logEvent(std::string_view name, Dictionary properties = {});
 
-  // In-app views. Shown over the application's active window by a window toolkit
-  // (`quenwick::ui::install` brings GTK's); without one, or for a link that is no URL, an error
-  // line is written. `handler` is called on the main actor with the identifier of a tapped button.
+  /// @}
+  /// @name In-app views
+  /// Shown over the application's active window by a window toolkit (`quenwick::ui::install` brings
+  /// GTK's); without one, or for a link that is no URL, an error line is written. `handler` is
+  /// called on the main actor with the identifier of a tapped button.
+  /// @{
 
   /// A page of the service, which may carry buttons.
   static void showInAppMessage(std::string_view link, bool hideCloseButton = false,
@@ -216,7 +243,9 @@ class QUENWICK_EXPORT QWClient {
   static void showInAppBrowser(std::string_view link,
                                std::function<void(const std::string& buttonID)> handler = {});
 
-  // The end
+  /// @}
+  /// @name The end
+  /// @{
 
   /// Sends a search that still waits for the user to pause, and waits until the service has
   /// answered for every event and all that is kept is on disk; at most for the duration. Whether
@@ -228,6 +257,8 @@ class QUENWICK_EXPORT QWClient {
   /// most for the duration. Whether all of it has ended. Events that were not sent by then are
   /// lost: `flush` first. Every later call is refused with an error line.
   static bool shutdown(std::chrono::nanoseconds atMost);
+
+  /// @}
 
  private:
   friend LinkIntake;

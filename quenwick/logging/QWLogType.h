@@ -7,19 +7,26 @@ namespace quenwick::inline v0 {
 /// A set of log categories.
 class QWLogType {
  public:
+  /// `none`.
   constexpr QWLogType() = default;
+  /// The categories whose bits are set: 1 deep links, 2 behaviour.
   constexpr explicit QWLogType(int rawValue) : rawValue_(rawValue) {}
+  /// All of the members: `{QWLogType::deeplink, QWLogType::behaviorEvent}`.
   constexpr QWLogType(std::initializer_list<QWLogType> members) {
     for (auto member : members) insert(member);
   }
 
+  /// The bits of the categories.
   constexpr int rawValue() const { return rawValue_; }
 
+  /// Adds the members.
   constexpr void insert(QWLogType members) { rawValue_ |= members.rawValue_; }
+  /// Takes the members out.
   constexpr void remove(QWLogType members) { rawValue_ &= ~members.rawValue_; }
 
   /// Whether every member of `members` is in this set; always so for `none`.
   constexpr bool contains(QWLogType members) const { return (members.rawValue_ & ~rawValue_) == 0; }
+  /// Whether every member of this set is in `other`.
   constexpr bool isSubsetOf(QWLogType other) const { return other.contains(*this); }
 
   friend constexpr bool operator==(QWLogType, QWLogType) = default;

@@ -11,8 +11,10 @@ namespace quenwick::platform::inline v0 {
 template <class T>
 class AnyPublisher {
  public:
+  /// Takes a value; must not throw.
   using Receive = std::function<void(const T&)>;
 
+  /// A publisher whose `subscribe` is what is given.
   explicit AnyPublisher(std::function<Cancellable(Receive)> subscribe)
       : subscribe_(std::move(subscribe)) {}
 

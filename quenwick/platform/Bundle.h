@@ -13,11 +13,13 @@ namespace quenwick::platform::inline v0 {
 /// An information dictionary and the resources beside it.
 class QUENWICK_EXPORT Bundle {
  public:
+  /// Bytes by file name.
   using Resources = std::map<std::string, std::string, std::less<>>;
 
   /// A bundle that lies in memory: a property list (any of its formats; an unreadable one counts
   /// as empty) and resources by file name.
   Bundle(std::string_view infoPropertyList, Resources resources);
+  /// A bundle of that information and no resources.
   explicit Bundle(Dictionary info) : info_(std::move(info)) {}
 
   /// The application's own. Its Info.plist lies where the host's configuration says, beside the
@@ -25,6 +27,7 @@ class QUENWICK_EXPORT Bundle {
   /// the configuration. Read once, with one error line where it has no identifier.
   static const Bundle& main();
 
+  /// What the property list says; empty where there is none.
   const Dictionary& infoDictionary() const { return info_; }
 
   /// A text of the information dictionary; none where it is absent or no text.

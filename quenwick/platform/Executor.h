@@ -9,6 +9,7 @@
 
 namespace quenwick::platform {
 
+/// Something to be done.
 using Work = std::function<void()>;
 
 /// Runs the work. Work must not throw; what escapes it all the same ends here, with an error line.
@@ -18,6 +19,7 @@ QUENWICK_TOOLKIT_EXPORT void runWork(const Work& work) noexcept;
 class Executor {
  public:
   virtual ~Executor() = default;
+  /// From any thread.
   virtual void post(Work work) = 0;
 };
 

@@ -2,6 +2,7 @@
 
 namespace quenwick::platform::inline v0 {
 
+/// How much a line matters. Lines of `debug` are written nowhere unless a log hook takes them.
 enum class LogLevel { debug, standard, error };
 
 }  // namespace quenwick::platform::inline v0

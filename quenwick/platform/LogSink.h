@@ -8,6 +8,7 @@
 
 namespace quenwick::platform {
 
+/// One line of the log.
 struct LogEntry {
   LogLevel level = LogLevel::standard;
   std::string message;
@@ -19,7 +20,9 @@ struct LogEntry {
 class LogSink {
  public:
   virtual ~LogSink() = default;
+  /// Whether entries of that level are written; asked before their text is made.
   virtual bool isEnabled(LogLevel level) const = 0;
+  /// Writes the entry, or posts it: who logs waits for this.
   virtual void write(const LogEntry& entry) = 0;
 };
 

@@ -19,13 +19,17 @@ namespace quenwick::platform {
 template <class T>
 class CurrentValueSubject {
  public:
+  /// Begins with that value.
   explicit CurrentValueSubject(T value) : state_(std::make_shared<State>(std::move(value))) {}
 
+  /// The latest value. From any thread.
   T value() const {
     std::lock_guard lock(state_->mutex);
     return state_->value;
   }
 
+  /// Sets the value and sends it to the subscribers of the moment. From any thread, also from a
+  /// subscriber.
   void send(T value) {
     std::vector<std::shared_ptr<Subscriber>> subscribers;
     {
@@ -39,6 +43,7 @@ class CurrentValueSubject {
     for (const auto& subscriber : subscribers) subscriber->deliver();
   }
 
+  /// The values, for those who may not send any. It outlives the subject.
   AnyPublisher<T> publisher() const {
     return AnyPublisher<T>([state = state_](typename AnyPublisher<T>::Receive receive) {
       return state->subscribe(std::move(receive));

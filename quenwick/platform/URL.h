@@ -20,6 +20,7 @@ class QUENWICK_EXPORT URL {
   /// The text taken relative to `base`; a text with a scheme of its own stands as it is.
   static std::optional<URL> parse(std::string_view text, const URL& base);
 
+  /// The text, to the letter.
   const std::string& absoluteString() const { return text_; }
 
   /// As written; empty where there is none.
@@ -28,8 +29,11 @@ class QUENWICK_EXPORT URL {
   std::optional<std::string_view> authority() const;
   /// The host as written, an IPv6 address without its brackets; none where it is missing or empty.
   std::optional<std::string_view> host() const;
+  /// As written, percent-encoded; empty where there is none.
   std::string_view path() const { return part(path_); }
+  /// What follows the "?", as written; none where there is no "?".
   std::optional<std::string_view> query() const;
+  /// What follows the "#", as written; none where there is no "#".
   std::optional<std::string_view> fragment() const;
 
   /// The scheme in lower case, "//", the host in lower case and the port (the scheme's own where

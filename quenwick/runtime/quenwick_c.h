@@ -1,18 +1,20 @@
 #ifndef QUENWICK_C_H
 #define QUENWICK_C_H
 
-// The library for every language that can call C. Operations go by selector, arguments and answers
-// are JSON; docs/c-interface.md has examples.
-//
-// Unless it says otherwise a function may be called from any thread, several at once, at any time,
-// from within a callback too; none waits for the network or the disk, and none lets an exception
-// through. All texts are UTF-8 and end with a zero byte. The library copies what it is given: a
-// text or a struct may go as soon as the call returns.
+/// @file
+/// The library for every language that can call C. Operations go by selector, arguments and answers
+/// are JSON; docs/c-interface.md has examples.
+///
+/// Unless it says otherwise a function may be called from any thread, several at once, at any time,
+/// from within a callback too; none waits for the network or the disk, and none lets an exception
+/// through. All texts are UTF-8 and end with a zero byte. The library copies what it is given: a
+/// text or a struct may go as soon as the call returns.
 
 #include <stdbool.h>
 #include <stddef.h>
 #include <stdint.h>
 
+/// Marks what the shared library offers.
 #if defined(__GNUC__)
 #define QUENWICK_API __attribute__((visibility("default")))
 #else
@@ -38,8 +40,11 @@ QUENWICK_API void quenwick_free(char* text);
 /// Gets the arguments of the callback as a JSON array. `arguments` belongs to the library and lasts
 /// as long as the call. Called on the main actor.
 typedef struct quenwick_callback {
+  /// Gets the context and the arguments.
   void (*call)(void* context, const char* arguments);
+  /// The host's; the library only hands it on.
   void* context;
+  /// May be null.
   void (*destroy)(void* context);
 } quenwick_callback;
 
@@ -48,19 +53,26 @@ typedef struct quenwick_callback {
 /// must not run the work itself. Work that is left when the library has been shut down is to be run
 /// all the same: it does nothing but free what it holds.
 typedef struct quenwick_executor {
+  /// Takes the work and its argument.
   void (*post)(void* context, void (*work)(void* argument), void* argument);
+  /// The host's; the library only hands it on.
   void* context;
+  /// May be null.
   void (*destroy)(void* context);
 } quenwick_executor;
 
+/// How much a line of the log matters.
 enum { QUENWICK_LOG_DEBUG = 0, QUENWICK_LOG_DEFAULT = 1, QUENWICK_LOG_ERROR = 2 };
 
 /// Takes what is logged. `message` belongs to the library and lasts as long as the call. Called
 /// from any thread, several at once. It may call the library; what is logged meanwhile goes to
 /// standard error.
 typedef struct quenwick_log {
+  /// Gets the context, one of the QUENWICK_LOG_ levels and the text.
   void (*write)(void* context, int level, const char* message);
+  /// The host's; the library only hands it on.
   void* context;
+  /// May be null.
   void (*destroy)(void* context);
 } quenwick_log;
 

@@ -9,6 +9,7 @@ typedef struct _WebKitNetworkSession WebKitNetworkSession;
 
 namespace quenwick::ui::inline v0 {
 
+/// What `install` takes.
 struct Options {
   /// Lets the person inspect pages by the context menu. For development.
   bool developerTools = false;

@@ -23,6 +23,7 @@ class QUENWICK_EXPORT Decimal {
  public:
   /// Zero.
   Decimal() = default;
+  /// The number, to its last digit.
   Decimal(Integer auto number) : text_(std::to_string(number)) {}
 
   /// Reads "19.99", "-.5" or "2.5e-3", with a point in every locale. Digits beyond the 38th are
@@ -34,6 +35,7 @@ class QUENWICK_EXPORT Decimal {
   const std::string& description() const { return text_; }
 
   friend bool operator==(const Decimal&, const Decimal&) = default;
+  /// By size: 10 is more than 9.5.
   friend std::strong_ordering operator<=>(const Decimal& left, const Decimal& right);
 
  private:

@@ -13,10 +13,15 @@ namespace quenwick::inline v0 {
 
 /// A line of an order.
 struct QUENWICK_EXPORT OrderCompletedProduct {
+  /// The product's identifier in the shop.
   std::string id;
+  /// What people call it.
   std::optional<std::string> title = {};
+  /// Its page.
   std::optional<platform::URL> url = {};
+  /// Of one piece.
   std::optional<Price> price = {};
+  /// How many pieces.
   std::optional<std::int64_t> quantity = {};
 
   /// Reads the fields by their names; "id" and "price" may be text or numbers, "quantity" is a
@@ -27,6 +32,7 @@ struct QUENWICK_EXPORT OrderCompletedProduct {
   /// The fields under their names, those that are none left out. None, with one error line, for
   /// what JSON cannot hold.
   std::optional<platform::Dictionary> asDictionary() const&;
+  /// The same, moved out of the record.
   std::optional<platform::Dictionary> asDictionary() &&;
 
   friend bool operator==(const OrderCompletedProduct&, const OrderCompletedProduct&) = default;

@@ -11,8 +11,11 @@ namespace quenwick::inline v0 {
 
 /// A completed order.
 struct QUENWICK_EXPORT OrderCompletedProperties {
+  /// The order's identifier in the shop.
   std::optional<std::string> id = {};
+  /// What the order comes to.
   std::optional<Price> revenue = {};
+  /// Its lines.
   std::vector<OrderCompletedProduct> products = {};
 
   /// Reads the fields by their names; "id" and "revenue" may be text or numbers. A field of a wrong
@@ -23,6 +26,7 @@ struct QUENWICK_EXPORT OrderCompletedProperties {
   /// The fields under their names, those that are none left out. None, with one error line, for
   /// what JSON cannot hold and for more than 1 MiB.
   std::optional<platform::Dictionary> asDictionary() const&;
+  /// The same, moved out of the record.
   std::optional<platform::Dictionary> asDictionary() &&;
 
   friend bool operator==(const OrderCompletedProperties&,

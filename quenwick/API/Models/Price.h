@@ -18,17 +18,24 @@ namespace quenwick::inline v0 {
 /// that, is "1.00".
 class QUENWICK_EXPORT Price {
  public:
+  /// Text as it is given; null gives a price that is refused.
   Price(const char* text);
   Price(std::nullptr_t) = delete;
+  /// Text as it is given.
   Price(std::string text) : text_(std::move(text)) {}
+  /// The same, copied.
   Price(std::string_view text) : text_(std::string(text)) {}
+  /// The number as it describes itself: `Decimal(5)` is "5".
   Price(const Decimal& number) : text_(number.description()) {}
+  /// The whole number and ".00".
   Price(Integer auto number) : text_(std::to_string(number) + ".00") {}
+  /// The number with two decimals.
   Price(std::floating_point auto number) : text_(twoDecimals(static_cast<double>(number))) {}
 
   /// None for a NaN, an infinity or a null pointer: a record that holds such a price is refused
   /// when it is made a dictionary.
   const std::optional<std::string>& text() const& { return text_; }
+  /// The same, moved out of the price.
   std::optional<std::string> text() && { return std::move(text_); }
 
   friend bool operator==(const Price&, const Price&) = default;

@@ -11,8 +11,11 @@ namespace quenwick::inline v0 {
 
 /// A category of products.
 struct QUENWICK_EXPORT ProductCategory {
+  /// The category's identifier in the shop.
   std::string id;
+  /// What people call it.
   std::optional<std::string> title = {};
+  /// Its page.
   std::optional<platform::URL> url = {};
 
   /// Reads "id" (text or integer), "title" and "url"; a field of a wrong kind is left out. None,
@@ -22,6 +25,7 @@ struct QUENWICK_EXPORT ProductCategory {
   /// The fields under their names, those that are none left out. None, with one error line, for
   /// what JSON cannot hold.
   std::optional<platform::Dictionary> asDictionary() const&;
+  /// The same, moved out of the record.
   std::optional<platform::Dictionary> asDictionary() &&;
 
   friend bool operator==(const ProductCategory&, const ProductCategory&) = default;

@@ -14,10 +14,15 @@ namespace quenwick::inline v0 {
 ///
 ///     ProductProperties{.id = "42", .title = "Boots", .price = 89.9}
 struct QUENWICK_EXPORT ProductProperties {
+  /// The product's identifier in the shop.
   std::string id;
+  /// What people call it.
   std::optional<std::string> title = {};
+  /// Of one piece.
   std::optional<Price> price = {};
+  /// Its page.
   std::optional<platform::URL> url = {};
+  /// Those that it lies in.
   std::optional<std::vector<ProductCategory>> categories = {};
   /// Whatever else the host has to say of the product.
   std::optional<platform::Dictionary> meta = {};
@@ -30,6 +35,7 @@ struct QUENWICK_EXPORT ProductProperties {
   /// The fields under their names, those that are none left out; "meta" is always there. None, with
   /// one error line, for what JSON cannot hold and for more than 1 MiB.
   std::optional<platform::Dictionary> asDictionary() const&;
+  /// The same, moved out of the record.
   std::optional<platform::Dictionary> asDictionary() &&;
 
   friend bool operator==(const ProductProperties&, const ProductProperties&) = default;

@@ -11,7 +11,9 @@ namespace quenwick::inline v0 {
 
 /// A search for products.
 struct QUENWICK_EXPORT ProductSearchedProperties {
+  /// What was searched for, as the person wrote it.
   std::string query;
+  /// The page of the results.
   std::optional<platform::URL> url = {};
 
   /// Reads "query" (text) and "url", which is left out where it is of a wrong kind. None, with one
@@ -21,6 +23,7 @@ struct QUENWICK_EXPORT ProductSearchedProperties {
   /// The fields under their names, those that are none left out. None, with one error line, for
   /// what JSON cannot hold.
   std::optional<platform::Dictionary> asDictionary() const&;
+  /// The same, moved out of the record.
   std::optional<platform::Dictionary> asDictionary() &&;
 
   friend bool operator==(const ProductSearchedProperties&,
