@@ -5,7 +5,7 @@ PRESET ?= debug
 .PHONY: help bootstrap build test demo bench format lint check clean
 
 help:
-	@echo "make demo     build, and resolve tracking links against the local sandbox"
+	@echo "make demo     build a shop and the sandbox; what the one does, and what arrives at the other"
 	@echo "make test     build and run all tests (PRESET=asan-ubsan, tsan or release for those)"
 	@echo "make bench    run the benchmarks (optimised build)"
 	@echo "make check    format, lint, build and test, as CI does"
@@ -20,7 +20,9 @@ build: bootstrap
 test: build
 	ctest --preset $(PRESET)
 
-demo: build
+demo: bootstrap
+	@cmake --preset $(PRESET) >/dev/null
+	@cmake --build --preset $(PRESET) --target quenwick-sandbox shop
 	@scripts/demo build/$(PRESET)
 
 bench: bootstrap
