@@ -1,0 +1,15 @@
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <vector>
+
+#include "examples/storefront/Catalogue.h"
+
+namespace storefront {
+
+/// The shapes in the middle of a ground with round corners, in that size or larger. The shapes must
+/// outlive the picture.
+GtkWidget* makePicture(const std::vector<Shape>& shapes, unsigned ground, int width, int height);
+
+}  // namespace storefront
