@@ -2,10 +2,11 @@
 
 PRESET ?= debug
 
-.PHONY: help bootstrap build test demo bench format lint check clean
+.PHONY: help bootstrap build test demo demo-ui bench format lint check clean
 
 help:
 	@echo "make demo     build a shop and the sandbox; what the one does, and what arrives at the other"
+	@echo "make demo-ui  the same in a window; without a display pictures of it are taken"
 	@echo "make test     build and run all tests (PRESET=asan-ubsan, tsan or release for those)"
 	@echo "make bench    run the benchmarks (optimised build)"
 	@echo "make check    format, lint, build and test, as CI does"
@@ -24,6 +25,11 @@ demo: bootstrap
 	@cmake --preset $(PRESET) >/dev/null
 	@cmake --build --preset $(PRESET) --target quenwick-sandbox shop
 	@scripts/demo build/$(PRESET)
+
+demo-ui: bootstrap
+	@cmake --preset $(PRESET) >/dev/null
+	@cmake --build --preset $(PRESET) --target quenwick-sandbox storefront ui_screenshots
+	@scripts/demo-ui build/$(PRESET)
 
 bench: bootstrap
 	@cmake --preset release >/dev/null

@@ -17,17 +17,19 @@ GtkWidget* inTheMiddle(GtkWidget* content, const char* style) {
   return content;
 }
 
-/// Hills and a sun.
+/// Hills and a sun, on the offer's own ground.
 GtkWidget* makeScene() {
   static const std::vector<Shape> shapes{
-      {"M205 30 C265 30 265 120 205 120 C145 120 145 30 205 30 Z", 0xfff3d6},
-      {"M-60 190 C20 120 90 140 150 172 C220 208 290 210 360 150 L360 320 L-60 320 Z", 0x3a9a70},
-      {"M-60 250 C40 190 120 214 200 244 C260 262 320 254 360 226 L360 320 L-60 320 Z", 0x24764f}};
-  return makePicture(shapes, 0xf2b06c, 300, 186);
+      {"M250 30 C310 30 310 122 250 122 C190 122 190 30 250 30 Z", 0xfff3d6},
+      {"M-124 300 C-60 280 -20 176 70 168 C160 160 190 214 270 214 C330 214 390 190 440 156 L440 "
+       "300 Z",
+       0x3a9a70},
+      {"M-60 300 C20 250 80 236 160 244 C240 252 330 270 440 220 L440 300 Z", 0x24764f}};
+  return makePicture(shapes, std::nullopt, 340, 186);
 }
 
 GtkWidget* makeOffer(const Taps& taps) {
-  auto* text = makeColumn(8, {makeLabel("THIS WEEK ONLY", "over"),
+  auto* text = makeColumn(8, {makeLabel("This week only", "over"),
                               makeLabel("Light layers for long evenings", "headline"),
                               makeButton("See the offer", "dark", taps.offer)});
   gtk_widget_set_hexpand(text, TRUE);
@@ -72,13 +74,13 @@ GtkWidget* makeProductPage(const Product& product, const std::string& over, cons
   auto* text = makeColumn(
       6, {makeLabel(over, "over"), makeLabel(product.title, "name"),
           makeLabel(product.subtitle, "subtitle"), makeLabel("€ " + product.price, "price"),
-          makeButton("Add to basket", "leaf", add),
-          makeRow(28, {makeButton("How to care for it", "plain", taps.care),
-                       makeButton("This week’s offer", "plain", taps.offer)})});
+          makeRow(12, {makeButton("Add to basket", "leaf", add),
+                       makeButton("This week’s offer", "sand", taps.offer)}),
+          makeButton("How to care for it", "plain", taps.care)});
   gtk_widget_set_valign(text, GTK_ALIGN_CENTER);
   auto* picture = makePicture(product.shapes, product.ground, 440, 440);
   auto* page = makeColumn(
-      10, {makeButton("‹  All products", "plain", taps.back), makeRow(56, {picture, text})});
+      10, {makeButton("‹  All products", "mist", taps.back), makeRow(56, {picture, text})});
   return inTheMiddle(page, "product");
 }
 

@@ -12,7 +12,7 @@ constexpr double kRadius = 18;
 
 struct Picture {
   const std::vector<Shape>& shapes;
-  unsigned ground;
+  std::optional<unsigned> ground;
 };
 
 void useColor(cairo_t* cairo, unsigned color) {
@@ -58,8 +58,11 @@ void addRoundCorners(cairo_t* cairo, double width, double height) {
 void draw(GtkDrawingArea*, cairo_t* cairo, int width, int height, gpointer data) {
   const auto& picture = *static_cast<Picture*>(data);
   addRoundCorners(cairo, width, height);
-  useColor(cairo, picture.ground);
-  cairo_fill(cairo);
+  cairo_clip(cairo);
+  if (picture.ground) {
+    useColor(cairo, *picture.ground);
+    cairo_paint(cairo);
+  }
   auto scale = std::min(width, height) / kSide;
   cairo_translate(cairo, (width - kSide * scale) / 2, (height - kSide * scale) / 2);
   cairo_scale(cairo, scale, scale);
@@ -74,7 +77,8 @@ void draw(GtkDrawingArea*, cairo_t* cairo, int width, int height, gpointer data)
 
 }  // namespace
 
-GtkWidget* makePicture(const std::vector<Shape>& shapes, unsigned ground, int width, int height) {
+GtkWidget* makePicture(const std::vector<Shape>& shapes, std::optional<unsigned> ground, int width,
+                       int height) {
   auto* area = gtk_drawing_area_new();
   gtk_widget_set_size_request(area, width, height);
   gtk_drawing_area_set_draw_func(GTK_DRAWING_AREA(area), draw, new Picture{shapes, ground},

@@ -2,14 +2,16 @@
 
 #include <gtk/gtk.h>
 
+#include <optional>
 #include <vector>
 
 #include "examples/storefront/Catalogue.h"
 
 namespace storefront {
 
-/// The shapes in the middle of a ground with round corners, in that size or larger. The shapes must
-/// outlive the picture.
-GtkWidget* makePicture(const std::vector<Shape>& shapes, unsigned ground, int width, int height);
+/// The shapes in the middle of a ground, if any, within round corners, in that size or larger. The
+/// shapes must outlive the picture.
+GtkWidget* makePicture(const std::vector<Shape>& shapes, std::optional<unsigned> ground, int width,
+                       int height);
 
 }  // namespace storefront

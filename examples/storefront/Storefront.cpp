@@ -87,7 +87,7 @@ void Storefront::showShelf() {
 void Storefront::showProduct(const Product& product) {
   shown_ = &product;
   auto user = QWClient::qwU();
-  put(makeProductPage(product, user ? "CHOSEN FOR " + *user : "FROM THE SHELF", taps()));
+  put(makeProductPage(product, user ? "Chosen for " + *user : "New this season", taps()));
 }
 
 void Storefront::put(GtkWidget* page) {
@@ -134,7 +134,7 @@ void Storefront::add(const Product& product) {
   QWClient::productAdded(propertiesOf(product));
   auto text = "Basket  " + std::to_string(taken_.size()) + "  ·  € " + amount(taken_);
   gtk_label_set_text(GTK_LABEL(gtk_button_get_child(GTK_BUTTON(basket_))), text.c_str());
-  note(product.title + " is in your basket");
+  note("In your basket: " + product.title);
 }
 
 void Storefront::order() {

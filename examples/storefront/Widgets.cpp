@@ -26,7 +26,6 @@ GtkWidget* makeBox(GtkOrientation orientation, int spacing,
 GtkWidget* makeLabel(const std::string& text, const char* style) {
   auto* label = gtk_label_new(text.c_str());
   gtk_label_set_xalign(GTK_LABEL(label), 0);
-  gtk_label_set_wrap(GTK_LABEL(label), TRUE);
   gtk_widget_set_halign(label, GTK_ALIGN_START);
   gtk_widget_add_css_class(label, style);
   return label;
