@@ -2,10 +2,11 @@
 
 PRESET ?= debug
 
-.PHONY: help bootstrap build test demo bench faults packages docs format lint check clean
+.PHONY: help bootstrap build test demo bench faults packages docs demo-ui format lint check clean
 
 help:
-	@echo "make demo     build, and resolve tracking links against the local sandbox"
+	@echo "make demo     build a shop and the sandbox; what the one does, and what arrives at the other"
+	@echo "make demo-ui  the same in a window; without a display pictures of it are taken"
 	@echo "make test     build and run all tests (PRESET=asan-ubsan, tsan or release for those)"
 	@echo "make packages Debian packages, into build/packages/packages"
 	@echo "make bench    run the benchmarks (optimised build)"
@@ -23,13 +24,20 @@ build: bootstrap
 test: build
 	ctest --preset $(PRESET)
 
-demo: build
+demo: bootstrap
+	@cmake --preset $(PRESET) >/dev/null
+	@cmake --build --preset $(PRESET) --target quenwick-sandbox shop
 	@scripts/demo build/$(PRESET)
 
 packages: bootstrap
 	@cmake --preset packages >/dev/null
 	cmake --build --preset packages
 	cd build/packages && cpack
+
+demo-ui: bootstrap
+	@cmake --preset $(PRESET) >/dev/null
+	@cmake --build --preset $(PRESET) --target quenwick-sandbox storefront ui_screenshots
+	@scripts/demo-ui build/$(PRESET)
 
 bench: bootstrap
 	@cmake --preset release >/dev/null
@@ -40,6 +48,7 @@ SECONDS ?= 60
 faults: build
 	tests/faults/faults.py $(SECONDS) build/$(PRESET)/tests/life \
 	  build/$(PRESET)/sandbox/quenwick-sandbox $(if $(SEED),--seed $(SEED))
+
 docs: bootstrap
 	@scripts/reference
 	@echo build/docs/html/index.html

@@ -6,7 +6,7 @@
 #include "sandbox/Sandbox.h"
 
 namespace quenwick::resources {
-extern const std::string_view kSpringPage, kSizesPage, kLookbookPage, kCarePage;
+extern const std::string_view kSpringPage, kOfferPage, kSizesPage, kLookbookPage, kCarePage;
 }  // namespace quenwick::resources
 
 namespace quenwick::sandbox {
@@ -113,6 +113,7 @@ constexpr std::string_view kDefaultScenario = R"({
      "body": "a redirect that leads nowhere\n"},
 
     {"at": "/messages/spring", "body": "@spring"},
+    {"at": "/messages/offer", "body": "@offer"},
     {"at": "/messages/sizes", "body": "@sizes"},
     {"at": "/pages/lookbook", "body": "@lookbook"},
     {"at": "/pages/care", "body": "@care"},
@@ -139,6 +140,7 @@ constexpr std::string_view kDefaultScenario = R"({
 /// Puts the pages, which are files of their own, where the scenario names them.
 std::string withPages(std::string scenario) {
   for (auto [name, page] : {std::pair(R"("@spring")", resources::kSpringPage),
+                            {R"("@offer")", resources::kOfferPage},
                             {R"("@sizes")", resources::kSizesPage},
                             {R"("@lookbook")", resources::kLookbookPage},
                             {R"("@care")", resources::kCarePage}}) {

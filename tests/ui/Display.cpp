@@ -89,6 +89,20 @@ std::uint32_t Display::colorAt(int x, int y) const {
   return static_cast<std::uint32_t>(XGetPixel(image.get(), 0, 0) & 0xffffff);
 }
 
+std::optional<std::pair<int, int>> Display::widestPlaceOf(std::uint32_t color, int atLeast) const {
+  auto image = imageOf(connection_, 0, 0, width_, height_);
+  std::optional<std::pair<int, int>> found;
+  for (int y = 0; y < height_; ++y) {
+    for (int x = 0, length = 0; x < width_; ++x) {
+      length = (XGetPixel(image.get(), x, y) & 0xffffff) == color ? length + 1 : 0;
+      if (length < atLeast) continue;
+      atLeast = length + 1;
+      found = {x - length / 2, y};
+    }
+  }
+  return found;
+}
+
 std::uint32_t Display::checksum() const {
   auto image = imageOf(connection_, 0, 0, width_, height_);
   std::uint32_t sum = 2166136261U;

@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "tests/ui/ChildProcess.h"
 
@@ -31,6 +33,10 @@ class Display {
 
   /// 0xRRGGBB of a pixel that is seen.
   std::uint32_t colorAt(int x, int y) const;
+
+  /// The middle of the longest line of pixels of that colour, x and y; none where none is as long
+  /// as `atLeast`.
+  std::optional<std::pair<int, int>> widestPlaceOf(std::uint32_t color, int atLeast) const;
 
   /// A number that differs where what is seen differs.
   std::uint32_t checksum() const;

@@ -1,14 +1,13 @@
 #pragma once
 
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "quenwick/platform/Value.h"
-#include "tests/support/TemporaryDirectory.h"
 #include "tests/ui/ChildProcess.h"
+#include "tests/ui/Desktop.h"
 
 namespace quenwick::tests {
 
@@ -32,16 +31,12 @@ class Host {
   std::vector<platform::Value> said(const std::string& key);
 
   /// The URLs that were opened outside since the last call.
-  std::vector<std::string> opened();
+  std::vector<std::string> opened() { return desktop_.opened(); }
 
  private:
-  std::map<std::string, std::optional<std::string>> environment(const std::string& display);
-  void takeOverOpening();
-
-  TemporaryDirectory folder_;
+  Desktop desktop_;
   std::unique_ptr<ChildProcess> program_;
   std::vector<platform::Dictionary> said_;
-  std::size_t openedSize_ = 0;  // of their file, as far as it was read
 };
 
 }  // namespace quenwick::tests

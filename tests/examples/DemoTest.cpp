@@ -1,0 +1,56 @@
+// What a newcomer runs first: the demo, as `make demo` runs it.
+
+#include <gtest/gtest.h>
+
+#include "tests/support/Program.h"
+
+namespace quenwick::tests {
+namespace {
+
+Finished demo(std::vector<std::string> options) {
+  options.insert(options.begin(), {"/usr/bin/python3", DEMO, BUILD_FOLDER});
+  return runProgram(options);
+}
+
+std::size_t count(const std::string& text, const std::string& part) {
+  std::size_t found = 0;
+  for (auto at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++found;
+  return found;
+}
+
+TEST(Demo, AllThatTheShopDoesArrives) {
+  auto finished = demo({});
+  EXPECT_EQ(finished.exitCode, 0) << finished.output << finished.errors;
+  EXPECT_EQ(finished.errors, "");
+  EXPECT_EQ(count(finished.output, " ✓\n"), 10U) << finished.output;
+  EXPECT_NE(finished.output.find("typed l, la, lac, lace, laces         product_searched  laces"),
+            std::string::npos);
+}
+
+TEST(Demo, FailsWhereSomethingDidNotArriveOrWasRefused) {
+  struct Case {
+    std::vector<std::string> options;
+    const char* row;
+  };
+  for (const auto& [options, row] : {
+           Case{{"--lose"}, "  nothing                              ✗\n"},
+           Case{{"--api-key", "wrong"}, "  refused: api_key is not known        ✗\n"},
+       }) {
+    auto finished = demo(options);
+    EXPECT_EQ(finished.exitCode, 1) << finished.output << finished.errors;
+    EXPECT_EQ(count(finished.output, row), 1U) << finished.output;
+  }
+}
+
+TEST(CoreLibrary, NeedsNoWindowToolkit) {
+  for (const auto* file : {SHOP, RUNTIME_LIBRARY}) {
+    auto needed = runProgram({"/usr/bin/ldd", file});
+    EXPECT_NE(needed.output.find("libcurl"), std::string::npos) << file << needed.errors;
+    for (const auto* library : {"gtk", "gdk", "webkit", "libX", "wayland"}) {
+      EXPECT_EQ(needed.output.find(library), std::string::npos) << file << '\n' << needed.output;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace quenwick::tests
