@@ -1,6 +1,11 @@
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <exception>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "quenwick/logging/Logger.h"
 #include "quenwick/platform/HostConfiguration.h"
@@ -95,12 +100,27 @@ int run(std::span<const std::string> line) {
   throw UsageError("there is no command " + command.front());
 }
 
+/// Overwrites the API key in the command line that every user of the machine can read.
+void hideKeys(std::span<char*> words) {
+  constexpr std::string_view kOption = "--api-key";
+  bool isKeyNext = false;
+  for (char* word : words) {
+    std::string_view text(word);
+    if (isKeyNext) std::fill_n(word, text.size(), 'x');
+    isKeyNext = text == kOption;
+    bool isJoined = text.starts_with(kOption) && text.substr(kOption.size()).starts_with('=');
+    auto before = kOption.size() + 1;
+    if (isJoined) std::fill_n(word + before, text.size() - before, 'x');
+  }
+}
+
 }  // namespace
 }  // namespace quenwick::tools
 
 int main(int count, char** words) {
   using namespace quenwick::tools;
   std::vector<std::string> line(words + std::min(count, 1), words + count);
+  hideKeys({words, static_cast<std::size_t>(count)});
   try {
     return run(line);
   } catch (const UsageError& error) {

@@ -1,5 +1,7 @@
 #include "quenwick/client/BehaviorRegistration.h"
 
+#include <algorithm>
+
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
 #include "quenwick/API/Stack/APIKeyError.h"
 #include "quenwick/platform/Error.h"
@@ -37,6 +39,21 @@ std::string inJSON(std::string_view key) {
   return text.substr(1, text.size() - 2);
 }
 
+/// Where the JSON text that begins there ends: before its closing quote, or with the whole.
+std::size_t endOfText(std::string_view json, std::size_t at) {
+  while (at < json.size() && json[at] != '"') at += json[at] == '\\' ? 2 : 1;
+  return std::min(at, json.size());
+}
+
+/// Hides what stands under the key of a credential, in an answer that was refused for its status.
+void hideCredential(std::string& json, std::string_view key) {
+  for (auto at = json.find(key); at != json.npos; at = json.find(key, at + 1)) {
+    auto begin = json.find_first_not_of(" \t\r\n:", at + key.size());
+    if (begin == json.npos || json[begin] != '"') continue;
+    json.replace(begin + 1, endOfText(json, begin + 1) - begin - 1, "…");
+  }
+}
+
 }  // namespace
 
 std::string verificationFailureLine(const std::exception_ptr& failure, std::string_view apiKey) {
@@ -44,6 +61,10 @@ std::string verificationFailureLine(const std::exception_ptr& failure, std::stri
   if (!apiKey.empty()) {
     replaceAll(reason, apiKey, "…");
     replaceAll(reason, inJSON(apiKey), "…");
+  }
+  for (const auto* key :
+       {R"("behavioral_endpoint_api_token")", R"("behavioral_endpoint_api_token_identifier")"}) {
+    hideCredential(reason, key);
   }
   if (reason.size() > kLongestReason) reason = platform::madeUTF8(reason.substr(0, kLongestReason));
   return "Behavioral Verification failed: " + reason;

@@ -36,7 +36,7 @@ std::filesystem::path settingsDirectory();
 std::filesystem::path storesDirectory();
 std::filesystem::path cachesDirectory();
 
-/// Makes the folder and those above it; the folder itself is the user's alone.
+/// Makes the folder, and those above it that are missing, for the user alone.
 void makePrivateDirectory(const std::filesystem::path& directory);
 
 /// Makes the folder (0700) and, in it, the empty file (0600) where they are missing. Whether the

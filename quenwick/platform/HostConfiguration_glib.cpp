@@ -69,9 +69,12 @@ std::filesystem::path cachesDirectory() {
 }
 
 void makePrivateDirectory(const std::filesystem::path& directory) {
-  std::error_code error;
-  std::filesystem::create_directories(directory.parent_path(), error);
-  if (::mkdir(directory.c_str(), 0700) == 0) ::chmod(directory.c_str(), 0700);
+  bool isMade = ::mkdir(directory.c_str(), 0700) == 0;
+  if (!isMade && errno == ENOENT && directory.has_relative_path()) {
+    makePrivateDirectory(directory.parent_path());
+    isMade = ::mkdir(directory.c_str(), 0700) == 0;
+  }
+  if (isMade) ::chmod(directory.c_str(), 0700);
 }
 
 bool makePrivateFile(const std::filesystem::path& file) {

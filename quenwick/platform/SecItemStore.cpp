@@ -154,10 +154,13 @@ OSStatus SecItemStore::remove(const SecItemQuery& query) {
 OSStatus SecItemStore::copyMatching(const SecItemQuery& query, std::optional<Bytes>& result) {
   result.reset();
   if (!isSound(query)) return errSecParam;
-  lookForChanges();
-  if (auto known = answer(query, result)) return *known;
+  auto known = answer(query, result);
   // Out of reach a moment ago: tried again behind the caller's back, who does not wait for it.
-  if (isAway_ && !keysThread().isCurrent()) return errSecNotAvailable;
+  bool isWaitInVain = isAway_ && !(keysThread().isCurrent() && isRetryDue());
+  if (known || isWaitInVain) {
+    lookForChanges();
+    return known.value_or(errSecNotAvailable);
+  }
   auto status = runOnKeysThread([this] { return load(); });
   return answer(query, result).value_or(status);
 }
@@ -198,9 +201,11 @@ void SecItemStore::lookForChanges() {
   if (now - lastLooked_.load(std::memory_order_relaxed) < kLookInterval) return;
   lastLooked_.store(now, std::memory_order_relaxed);
   auto* backend = opened_.load();
-  bool isDue = isAway_ ? now - lastTried_ >= kRetryInterval : backend && backend->mayHaveChanged();
+  bool isDue = isAway_ ? isRetryDue() : backend && backend->mayHaveChanged();
   if (isDue) postLoad();
 }
+
+bool SecItemStore::isRetryDue() const { return coarseNow() - lastTried_ >= kRetryInterval; }
 
 void SecItemStore::postLoad() {
   if (isLoadComing_.exchange(true)) return;

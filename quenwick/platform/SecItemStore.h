@@ -48,6 +48,7 @@ class SecItemStore {
 
   std::optional<OSStatus> answer(const SecItemQuery& query, std::optional<Bytes>& result) const;
   void lookForChanges();
+  bool isRetryDue() const;
   void postLoad();
 
   // On the keychain's thread.

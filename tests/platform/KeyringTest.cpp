@@ -8,6 +8,7 @@
 #include <fstream>
 #include <functional>
 
+#include "quenwick/platform/KeysThread.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/SecretPlace.h"
 
@@ -146,6 +147,27 @@ TEST_F(KeyringTest, AHangingKeyringOrBusBlocksNobodyForLong) {
     hanging->signal(SIGCONT);
     EXPECT_TRUE(isStored(store, hanging == &keyring().bus() ? "after bus" : "after keyring"));
   }
+}
+
+// Tasks read there, one after the other: if each waited, the last would wait for all.
+TEST_F(KeyringTest, OnTheKeychainsThreadManyReadsOfAHangingKeyringWaitOnce) {
+  ASSERT_EQ(add(place_.open(), "account", "value"), errSecSuccess);
+  auto& store = place_.open();
+  keyring().daemon().signal(SIGSTOP);
+  auto readThere = [](SecItemStore* from) -> Task<std::optional<std::string>> {
+    co_return co_await onKeysThread([from] { return data(*from, "account"); });
+  };
+  auto took = duration([&] {
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(wait(readThere(&store)), std::nullopt);
+  });
+  EXPECT_LT(took, std::chrono::seconds(8));
+  keyring().daemon().signal(SIGCONT);
+  bool isBack = false;
+  for (int i = 0; i < 10'000 && !isBack; ++i) {
+    isBack = wait(readThere(&store)) == "value";
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  EXPECT_TRUE(isBack);
 }
 
 TEST_F(KeyringTest, ItemsOfAnotherApplicationAreNotSeen) {

@@ -16,6 +16,9 @@ class Daemon {
   Daemon(const Daemon&) = delete;
   Daemon& operator=(const Daemon&) = delete;
 
+  /// Its id, while it has not been waited for.
+  pid_t process() const { return process_; }
+
   /// The next line that it prints, without its end; empty where it ends, or takes a minute.
   std::string line();
 

@@ -1,9 +1,12 @@
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
 
+#include <algorithm>
+#include <array>
 #include <string_view>
 #include <utility>
 
 #include "quenwick/API/APIService/APIService.h"
+#include "quenwick/API/Stack/APIKeyError.h"
 #include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/auth/SecureSessionData.h"
 #include "quenwick/platform/KeysThread.h"
@@ -16,7 +19,16 @@ using Item = SecureSessionData;
 
 constexpr int kCredentialDays = 7;
 
+/// What a handshake leaves in the keychain.
+constexpr std::array kHandshake = {Item::behaviorAPIToken, Item::behaviorAPIEndpoint,
+                                   Item::behaviorAPITokenExpiresAt};
+
 const Keychain& keychain() { return AuthenticationKeychain::standard(); }
+
+bool hasHandshake() {
+  return std::ranges::any_of(kHandshake,
+                             [](Item item) { return keychain().data(rawValue(item)).has_value(); });
+}
 
 void set(std::string_view text, Item item) { keychain().set(text, rawValue(item)); }
 
@@ -60,12 +72,17 @@ platform::Task<platform::URL> BehavioralVerificationRepository::run(
   co_return *std::move(url);
 }
 
-/// Keeps the API key; the endpoint where the last handshake still holds for it.
+/// Keeps the API key; the endpoint where the last handshake still holds for it. A keychain that is
+/// out of reach forgets nothing: neither another key nor its handshake is taken for this one's.
 std::optional<platform::URL> BehavioralVerificationRepository::prepare(
     const std::optional<std::string>& apiKey) const {
+  auto earlier = AuthenticationKeychain::behaviorVerificationAPIToken();
   invalidateIfNeeded(apiKey);
-  AuthenticationKeychain::setBehaviorVerificationAPIToken(apiKey);
-  if (!isAPITokenValid()) return std::nullopt;
+  bool isOthers = earlier && earlier != apiKey && hasHandshake();
+  if (!isOthers) AuthenticationKeychain::setBehaviorVerificationAPIToken(apiKey);
+  auto kept = AuthenticationKeychain::behaviorVerificationAPIToken();
+  if (kept && kept != apiKey) throw APIKeyError::missing();
+  if (kept != apiKey || !isAPITokenValid()) return std::nullopt;
   auto endpoint = keychain().string(rawValue(Item::behaviorAPIEndpoint));
   return endpoint ? platform::URL::parse(*std::move(endpoint)) : std::nullopt;
 }
@@ -77,10 +94,7 @@ void BehavioralVerificationRepository::invalidateIfNeeded(
 }
 
 void BehavioralVerificationRepository::invalidateBehaviorEndpointCache() const {
-  for (auto item :
-       {Item::behaviorAPIToken, Item::behaviorAPIEndpoint, Item::behaviorAPITokenExpiresAt}) {
-    keychain().removeObject(rawValue(item));
-  }
+  for (auto item : kHandshake) keychain().removeObject(rawValue(item));
 }
 
 bool BehavioralVerificationRepository::isAPITokenValid() const {

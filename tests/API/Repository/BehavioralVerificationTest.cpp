@@ -10,6 +10,7 @@
 #include "tests/support/ManualClock.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/SandboxService.h"
+#include "tests/support/SecretPlace.h"
 
 namespace quenwick {
 namespace {
@@ -160,6 +161,24 @@ TEST_F(BehavioralVerificationTest, WithoutAKeyNothingIsSentAndNothingStays) {
   EXPECT_EQ(service_->received().size(), 1U);
   EXPECT_EQ(item(Item::behaviorVerificationAPIToken), std::nullopt);
   EXPECT_TRUE(isCacheEmpty());
+}
+
+TEST_F(BehavioralVerificationTest,
+       AKeyThatALockedKeyringCannotTakeIsNotAnsweredFromAnothersHandshake) {
+  tests::SecretPlace place(platform::SecItemBackendKind::secretService);
+  platform::SecItemStore::setStandard(place.open());
+  EXPECT_EQ(verify("key"), kEndpoint);
+  place.keyring().lock();
+  EXPECT_EQ(verify("key"), kEndpoint) << "what is known of the kept key is served";
+  EXPECT_THROW(verify("other"), APIKeyError);
+  EXPECT_THROW(verify(std::nullopt), APIKeyError);
+  EXPECT_EQ(service_->received().size(), 1U) << "nothing is asked with another's key";
+  place.keyring().unlock();
+  EXPECT_EQ(verify("key"), kEndpoint);
+  EXPECT_EQ(item(Item::behaviorVerificationAPIToken), "key");
+  EXPECT_EQ(verify("other"), kEndpoint);
+  EXPECT_EQ(service_->received().size(), 2U);
+  EXPECT_EQ(item(Item::behaviorVerificationAPIToken), "other");
 }
 
 TEST_F(BehavioralVerificationTest, AMissingBundleIdentifierIsReportedAsAMissingKey) {
