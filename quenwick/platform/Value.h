@@ -53,10 +53,12 @@ class Dictionary {
   friend bool operator==(const Dictionary&, const Dictionary&);
 
  private:
+  friend class Value;
   std::vector<Entry> entries_;
 };
 
 /// Any value that JSON or a property list can hold. Integers keep their 64 bits and their sign.
+/// However deep it nests, to copy, compare and destroy it costs no thread its stack.
 class Value {
  public:
   using Storage = std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double,
@@ -76,6 +78,16 @@ class Value {
   Value(List list) : storage_(std::move(list)) {}
   Value(Dictionary dictionary) : storage_(std::move(dictionary)) {}
 
+  Value(const Value& other) : Value() {
+    other.isNested() ? copyNested(other) : void(storage_ = other.storage_);
+  }
+  Value(Value&&) noexcept = default;
+  Value& operator=(const Value& other) { return *this = Value(other); }
+  Value& operator=(Value&&) noexcept = default;
+  ~Value() {
+    if (isNested()) dismantle();
+  }
+
   const Storage& storage() const { return storage_; }
   bool isNull() const { return std::holds_alternative<std::nullptr_t>(storage_); }
 
@@ -89,9 +101,18 @@ class Value {
     return std::get_if<Kind>(&storage_);
   }
 
-  friend bool operator==(const Value&, const Value&) = default;
+  friend bool operator==(const Value&, const Value&);
 
  private:
+  /// Whether there are values within.
+  bool isNested() const {
+    if (const auto* list = as<List>()) return !list->empty();
+    const auto* dictionary = as<Dictionary>();
+    return dictionary && !dictionary->empty();
+  }
+  void copyNested(const Value& other);
+  void dismantle() noexcept;
+
   Storage storage_;
 };
 
