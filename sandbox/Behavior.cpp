@@ -97,10 +97,10 @@ void Behavior::judgeKey(const JSONNode& body) const {
 }
 
 Answer Behavior::acknowledge(const Request& request, const RequestHead& head) {
-  judgePath(head, terms_.events.path);
   if (!credentials_.accept(head.header("Authorization"))) {
     throw Refusal{.status = 401, .field = "Authorization", .reason = "is no credential in use"};
   }
+  judgePath(head, terms_.events.path);
   const json::value value = judgeJSONPost(head, request.body);
   judgeEvent(JSONNode(value, "body"),
              {.now = request.receivedAt, .tolerance = terms_.timestampTolerance});

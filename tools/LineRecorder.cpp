@@ -15,7 +15,17 @@ std::shared_ptr<LineRecorder> LineRecorder::install() {
 
 std::vector<std::string> LineRecorder::lines() const {
   std::lock_guard lock(mutex_);
-  return lines_;
+  std::vector<std::string> lines;
+  for (const auto& entry : entries_) lines.push_back(entry.message);
+  return lines;
+}
+
+void LineRecorder::passOnErrors() {
+  if (isVerbose()) return;
+  std::lock_guard lock(mutex_);
+  for (const auto& entry : std::exchange(entries_, {})) {
+    if (entry.level == platform::LogLevel::error) next_->write(entry);
+  }
 }
 
 bool LineRecorder::isEnabled(platform::LogLevel level) const {
@@ -25,10 +35,10 @@ bool LineRecorder::isEnabled(platform::LogLevel level) const {
 void LineRecorder::write(const platform::LogEntry& entry) {
   if (entry.level >= platform::LogLevel::standard) {
     std::lock_guard lock(mutex_);
-    lines_.push_back(entry.message);
+    entries_.push_back(entry);
   }
   // A program that is not verbose reports the lines itself.
-  if (next_->isEnabled(platform::LogLevel::debug)) next_->write(entry);
+  if (isVerbose()) next_->write(entry);
 }
 
 }  // namespace quenwick::tools

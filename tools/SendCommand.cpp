@@ -4,6 +4,8 @@
 #include <functional>
 #include <mutex>
 
+#include "quenwick/auth/AuthenticationKeychain.h"
+#include "quenwick/auth/SecureSessionData.h"
 #include "quenwick/events/BehaviorEventManager.h"
 #include "quenwick/logging/Logger.h"
 #include "quenwick/platform/JSONSerialization.h"
@@ -86,6 +88,11 @@ Offer offerOf(const std::string& event, const Dictionary& properties) {
   };
 }
 
+/// What the keychain has to say of itself is no line about an event.
+void openKeychain() {
+  AuthenticationKeychain::standard().string(rawValue(SecureSessionData::behaviorAPIToken));
+}
+
 /// Verifies the key, has the event offered and waits for what becomes of it.
 Report send(const std::string& event, const Offer& offer, const Arguments& arguments) {
   auto apiKey = apiKeyFrom(arguments);
@@ -94,10 +101,15 @@ Report send(const std::string& event, const Offer& offer, const Arguments& argum
   auto end = std::chrono::steady_clock::now() + patience;
   std::stop_source stop;
   auto ending = deadline(arguments, stop);
-  auto verification = verify(*service, apiKey, stop.get_token());
-  if (verification.error) return {.event = event, .lines = {*verification.error}};
-
+  openKeychain();
   auto recorder = LineRecorder::install();
+  auto verification = verify(*service, apiKey, stop.get_token());
+  Report report{.event = event};
+  if (verification.error) {
+    report.lines = recorder->lines();
+    report.lines.push_back(*verification.error);
+    return report;
+  }
   auto endpoint = APIService::Host::custom(*platform::URL::parse(*verification.endpoint));
   auto api = std::make_shared<Watched>(service->behavioralEvent(endpoint)->requester());
   BehaviorEventManager manager;
@@ -106,8 +118,11 @@ Report send(const std::string& event, const Offer& offer, const Arguments& argum
   auto left =
       std::chrono::duration_cast<std::chrono::nanoseconds>(end - std::chrono::steady_clock::now());
   bool isEnded = manager.flush(std::max(left, std::chrono::nanoseconds(0)));
-  Report report{.event = event, .requestID = api->requestID()};
-  if (report.requestID) return report;
+  report.requestID = api->requestID();
+  if (report.requestID) {
+    recorder->passOnErrors();
+    return report;
+  }
   report.lines = recorder->lines();
   if (!isEnded) report.lines.emplace_back("The service has not answered in time");
   return report;

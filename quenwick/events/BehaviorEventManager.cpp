@@ -47,8 +47,8 @@ BehaviorEventManager::BehaviorEventManager(std::shared_ptr<platform::URLSession>
 }
 
 BehaviorEventManager::~BehaviorEventManager() {
-  if (auto search = productSearchedDebouncer_->close()) {
-    pipeline_->settle(search->bytes, EventState::droppedManagerGone);
+  for (const auto& search : productSearchedDebouncer_->close()) {
+    pipeline_->settle(search.bytes, EventState::droppedManagerGone);
   }
 }
 
@@ -57,7 +57,7 @@ void BehaviorEventManager::start(const platform::URL& endpoint) {
 }
 
 void BehaviorEventManager::start(std::shared_ptr<const BehavioralEventRepository> repository) {
-  pipeline_->setRepository(std::move(repository));
+  if (repository) pipeline_->setRepository(std::move(repository));
 }
 
 std::shared_ptr<const BehavioralEventRepository> BehaviorEventManager::repository() const {
@@ -139,12 +139,27 @@ void BehaviorEventManager::productRemoved(ProductProperties properties) {
   offer<ProductRemovedContainer>(std::move(properties));
 }
 
+// An order belongs to what led to it by the time of the call, and not to a link opened since.
+
 void BehaviorEventManager::orderCompleted(Dictionary dictionary) {
-  offerRead<OrderCompletedContainer, OrderCompletedProperties>(std::move(dictionary));
+  if (!isTaken()) return;
+  auto bytes = footprint(dictionary);
+  auto make = [dictionary = std::move(dictionary),
+               context = OrderCompletedContext::current()]() mutable -> std::optional<Dictionary> {
+    auto properties = OrderCompletedProperties::from(std::move(dictionary));
+    if (!properties) return std::nullopt;
+    return OrderCompletedContainer(*std::move(properties), std::move(context)).asDictionary();
+  };
+  pipeline_->offer(Kind::event, bytes, std::move(make));
 }
 
 void BehaviorEventManager::orderCompleted(OrderCompletedProperties properties) {
-  offer<OrderCompletedContainer>(std::move(properties));
+  if (!isTaken()) return;
+  auto bytes = footprint(properties);
+  OrderCompletedContainer order(std::move(properties));
+  pipeline_->offer(Kind::event, bytes, [order = std::move(order)]() mutable {
+    return std::move(order).asDictionary();
+  });
 }
 
 void BehaviorEventManager::categoryViewed(Dictionary dictionary) {
@@ -174,14 +189,13 @@ void BehaviorEventManager::productSearched(ProductSearchedProperties properties)
 /// The quiet period counts from this call, whenever its turn comes.
 template <class Make>
 void BehaviorEventManager::offerSearch(std::size_t bytes, Make make) {
-  auto step = [make = std::move(make), offered = scheduler_->now(),
-               debouncer = std::weak_ptr(productSearchedDebouncer_)](EventPipeline& pipeline,
-                                                                     std::size_t all) mutable {
+  auto step = [make = std::move(make), announcement = productSearchedDebouncer_->announce()](
+                  EventPipeline& pipeline, std::size_t all) mutable {
     auto properties = EventPipeline::made(make);
     if (!properties) return pipeline.settle(all, EventState::refusedUnsound);
-    auto alive = debouncer.lock();
+    auto alive = announcement.debounce();
     if (!alive) return pipeline.settle(all, EventState::droppedManagerGone);
-    auto dropped = alive->setValue({*std::move(properties), all}, offered);
+    auto dropped = alive->setValue({*std::move(properties), all}, announcement.offered());
     if (!dropped) return;
     pipeline.settle(dropped->bytes, alive->isClosed() ? EventState::droppedManagerGone
                                                       : EventState::droppedSuperseded);
@@ -201,7 +215,7 @@ EventCounts BehaviorEventManager::counts() const { return pipeline_->ledger().co
 
 bool BehaviorEventManager::flush(std::chrono::nanoseconds atMost) {
   pipeline_->post([debouncer = productSearchedDebouncer_](EventPipeline& pipeline) {
-    if (auto search = debouncer->take()) Search::send(pipeline, *std::move(search));
+    for (auto& search : debouncer->take()) Search::send(pipeline, std::move(search));
   });
   return pipeline_->ledger().waitUntilIdle(atMost);
 }

@@ -28,7 +28,7 @@ class BehaviorEventManager {
  public:
   /// `scheduler` tells when a search has been quiet for long enough.
   explicit BehaviorEventManager(
-      std::shared_ptr<platform::URLSession> session = platform::URLSession::make(),
+      std::shared_ptr<platform::URLSession> session = platform::URLSession::shared(),
       std::shared_ptr<Scheduler> scheduler = Scheduler::main());
   ~BehaviorEventManager();
   BehaviorEventManager(const BehaviorEventManager&) = delete;
@@ -36,7 +36,8 @@ class BehaviorEventManager {
 
   const std::shared_ptr<platform::URLSession>& session() const { return session_; }
 
-  /// Enables events, which go to that endpoint from now on, those that wait included.
+  /// Enables events, which go to that endpoint from now on, those that wait included. Null changes
+  /// nothing.
   void start(const platform::URL& endpoint);
   void start(std::shared_ptr<const BehavioralEventRepository> repository);
 

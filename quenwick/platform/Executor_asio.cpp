@@ -67,7 +67,8 @@ Cancellable postAfter(std::chrono::nanoseconds duration, Executor& executor, Wor
     if (!state->isLive) return;
     state->timer.expires_after(duration);
     state->timer.async_wait([state, &executor, work](const boost::system::error_code& error) {
-      if (!error && state->isLive.exchange(false)) executor.post(work);
+      if (error || !state->isLive.exchange(false)) return;
+      runWork([&executor, &work] { executor.post(work); });
     });
   });
   return Cancellable([state] {

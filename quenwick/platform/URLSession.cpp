@@ -92,6 +92,11 @@ URLSession::URLSession(URLSessionConfiguration configuration,
       delegateQueue_(std::move(delegateQueue)),
       trust_(std::make_shared<TrustStore>(configuration_->additionalTrustAnchors)) {}
 
+std::shared_ptr<URLSession> URLSession::shared() {
+  static const auto& instance = *new std::shared_ptr<URLSession>(make());
+  return instance;
+}
+
 std::shared_ptr<URLSession> URLSession::make(URLSessionConfiguration configuration,
                                              std::shared_ptr<URLSessionTaskDelegate> delegate,
                                              std::shared_ptr<Executor> delegateQueue) {

@@ -86,6 +86,9 @@ class URLSession : public std::enable_shared_from_this<URLSession> {
  public:
   static constexpr int kMaximumRedirects = 20;
 
+  /// The process's own, without a delegate.
+  static std::shared_ptr<URLSession> shared();
+
   /// Without a delegate queue the delegate is called on the loading thread itself, which serves all
   /// sessions one call at a time: such a delegate must not block.
   static std::shared_ptr<URLSession> make(

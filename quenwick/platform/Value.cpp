@@ -54,4 +54,66 @@ void Dictionary::remove(std::string_view key) {
   std::erase_if(entries_, [key](const Entry& entry) { return entry.key == key; });
 }
 
+// Each level is copied, compared or taken apart in its turn, and puts those within it in line.
+
+void Value::copyNested(const Value& other) {
+  std::vector<std::pair<const Value*, Value*>> rest{{&other, this}};
+  auto copy = [&rest](const Value& from, Value& to) {
+    from.isNested() ? void(rest.emplace_back(&from, &to)) : void(to.storage_ = from.storage_);
+  };
+  while (!rest.empty()) {
+    auto [from, to] = rest.back();
+    rest.pop_back();
+    if (const auto* list = from->as<List>()) {
+      auto& copies = to->storage_.emplace<List>(list->size());
+      for (std::size_t i = 0; i < list->size(); ++i) copy((*list)[i], copies[i]);
+      continue;
+    }
+    const auto& dictionary = *from->as<Dictionary>();
+    auto& copies = to->storage_.emplace<Dictionary>().entries_;
+    copies.reserve(dictionary.size());
+    for (const auto& [key, value] : dictionary)
+      copy(value, copies.emplace_back(Dictionary::Entry{key, {}}).value);
+  }
+}
+
+bool operator==(const Value& left, const Value& right) {
+  std::vector<std::pair<const Value*, const Value*>> rest;
+  auto mayEqual = [&rest](const Value& one, const Value& other) {
+    if (!one.isNested() || !other.isNested()) return one.storage_ == other.storage_;
+    rest.emplace_back(&one, &other);
+    return true;
+  };
+  auto mayEqualInKey = [&](const Dictionary::Entry& one, const Dictionary::Entry& other) {
+    return one.key == other.key && mayEqual(one.value, other.value);
+  };
+  bool isSame = mayEqual(left, right);
+  while (isSame && !rest.empty()) {
+    auto [one, other] = rest.back();
+    rest.pop_back();
+    if (one->storage_.index() != other->storage_.index()) return false;
+    isSame = one->as<List>() ? std::ranges::equal(*one->as<List>(), *other->as<List>(), mayEqual)
+                             : std::ranges::equal(*one->as<Dictionary>(), *other->as<Dictionary>(),
+                                                  mayEqualInKey);
+  }
+  return isSame;
+}
+
+void Value::dismantle() noexcept {
+  std::vector<Value> rest;
+  auto take = [&rest](Value& value) {
+    if (value.isNested()) rest.push_back(std::move(value));
+  };
+  auto takeWithin = [&take](Value& holder) {
+    if (auto* list = holder.as<List>()) return void(std::ranges::for_each(*list, take));
+    std::ranges::for_each(holder.as<Dictionary>()->entries_, take, &Dictionary::Entry::value);
+  };
+  takeWithin(*this);
+  while (!rest.empty()) {
+    auto holder = std::move(rest.back());
+    rest.pop_back();
+    takeWithin(holder);
+  }
+}
+
 }  // namespace quenwick::platform::inline v0

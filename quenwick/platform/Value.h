@@ -69,10 +69,12 @@ class QUENWICK_EXPORT Dictionary {
   friend bool operator==(const Dictionary&, const Dictionary&);
 
  private:
+  friend class Value;
   std::vector<Entry> entries_;
 };
 
 /// Any value that JSON or a property list can hold. Integers keep their 64 bits and their sign.
+/// However deep it nests, to copy, compare and destroy it costs no thread its stack.
 class QUENWICK_EXPORT Value {
  public:
   /// The kinds of values there are.
@@ -104,6 +106,17 @@ class QUENWICK_EXPORT Value {
   /// A dictionary.
   Value(Dictionary dictionary) : storage_(std::move(dictionary)) {}
 
+  /// A value like the other.
+  Value(const Value& other) : Value() {
+    other.isNested() ? copyNested(other) : void(storage_ = other.storage_);
+  }
+  Value(Value&&) noexcept = default;
+  Value& operator=(const Value& other) { return *this = Value(other); }
+  Value& operator=(Value&&) noexcept = default;
+  ~Value() {
+    if (isNested()) dismantle();
+  }
+
   /// The value as a variant, for `std::visit`.
   const Storage& storage() const { return storage_; }
   /// Whether it is null.
@@ -120,9 +133,18 @@ class QUENWICK_EXPORT Value {
     return std::get_if<Kind>(&storage_);
   }
 
-  friend bool operator==(const Value&, const Value&) = default;
+  friend bool operator==(const Value&, const Value&);
 
  private:
+  /// Whether there are values within.
+  bool isNested() const {
+    if (const auto* list = as<List>()) return !list->empty();
+    const auto* dictionary = as<Dictionary>();
+    return dictionary && !dictionary->empty();
+  }
+  void copyNested(const Value& other);
+  void dismantle() noexcept;
+
   Storage storage_;
 };
 

@@ -7,6 +7,8 @@
 #include "quenwick/platform/JSONSerialization.h"
 #include "quenwick/state/Analytics.h"
 #include "tests/events/EventTest.h"
+#include "tests/support/CommaLocale.h"
+#include "tests/support/NestedValue.h"
 
 namespace quenwick {
 namespace {
@@ -17,8 +19,6 @@ using platform::URL;
 using platform::Value;
 using tests::sorted;
 using Lines = std::vector<std::string>;
-
-class EventManagerTest : public tests::EventTest {};
 
 Value parsed(const char* json) { return platform::JSONSerialization::parse(json); }
 
@@ -38,15 +38,15 @@ const std::vector<KindRow>& kinds() {
                                           {"price", 3.14159},
                                           {"url", "https://shop.example/42"},
                                           {"categories", List{Dictionary{{"id", 7}}}},
-                                          {"meta", Dictionary{{"stock", 3}, {"ratio", 1.0}}}});
+                                          {"meta", Dictionary{{"stock", 30'000}, {"ratio", 1.0}}}});
        },
        R"({"type": "track", "event": "product_viewed", "properties": {
          "id": "42", "title": "Böots", "price": "3.14", "url": "https://shop.example/42",
-         "categories": [{"id": "7"}], "meta": {"stock": 3, "ratio": 1.0}}})"},
+         "categories": [{"id": "7"}], "meta": {"stock": 30000, "ratio": 1.0}}})"},
       {"product viewed, typed",
-       [](auto& manager) { manager.productViewed(ProductProperties{.id = "a", .price = 5}); },
+       [](auto& manager) { manager.productViewed(ProductProperties{.id = "a", .price = 5000}); },
        R"({"type": "track", "event": "product_viewed",
-           "properties": {"id": "a", "price": "5.00", "meta": {}}})"},
+           "properties": {"id": "a", "price": "5000.00", "meta": {}}})"},
       {"product added, dictionary",
        [](auto& manager) { manager.productAdded(Dictionary{{"id", "b"}}); },
        R"({"type": "track", "event": "product_added", "properties": {"id": "b", "meta": {}}})"},
@@ -111,10 +111,14 @@ const std::vector<KindRow>& kinds() {
   return rows;
 }
 
-TEST_F(EventManagerTest, EveryKindOfEventArrivesAsItIsDescribed) {
+class EventManagerTest : public tests::EventTest {
+ protected:
+  void expectEveryKindArrives();
+};
+
+void EventManagerTest::expectEveryKindArrives() {
   Analytics::shared().setQWU("alice");
   Analytics::shared().setRulesPicKey("deadbeef");
-  start();
   for (const auto& row : kinds()) {
     service_.sandbox().forgetEvents();
     row.offer(*manager_);
@@ -133,8 +137,20 @@ TEST_F(EventManagerTest, EveryKindOfEventArrivesAsItIsDescribed) {
     expected.set("timestamp", timestamp);
     EXPECT_EQ(sorted(events[0]), sorted(expected)) << row.name;
   }
-  EXPECT_TRUE(service_.refusals().empty());
   EXPECT_EQ(count(EventState::acknowledged), kinds().size());
+}
+
+TEST_F(EventManagerTest, EveryKindOfEventArrivesAsItIsDescribed) {
+  start();
+  expectEveryKindArrives();
+}
+
+// With a comma for the point and a point for thousands, as the host may have set it.
+TEST_F(EventManagerTest, EveryKindOfEventArrivesTheSameInEveryLocale) {
+  tests::TemporaryDirectory locales;
+  ASSERT_TRUE(tests::setCommaLocale(locales.path()));
+  start();
+  expectEveryKindArrives();
 }
 
 TEST_F(EventManagerTest, BeforeItIsStartedEveryEventIsRefused) {
@@ -160,14 +176,12 @@ TEST_F(EventManagerTest, ASuccessIsOneLineAndAnIdentifiedUserIsNone) {
 TEST_F(EventManagerTest, WhatIsUnsoundIsRefusedInTheOrderOfTheCalls) {
   manager_->productViewed(Dictionary{{"id", 1}});
   start();
-  auto deep = Value(List{});
-  for (int i = 0; i < 600; ++i) deep = List{std::move(deep)};
   manager_->productViewed(Dictionary{{"title", "no id"}});
   manager_->orderCompleted(Dictionary{{"products", List{}}});
   manager_->productSearched(Dictionary{{"query", 5}});
   manager_->logCustomEvent("nan", {{"ratio", std::nan("")}});
   manager_->logCustomEvent("text", {{"name", "\xff\xfe"}});
-  manager_->logCustomEvent("deep", {{"list", deep}});
+  manager_->logCustomEvent("deep", {{"list", tests::nested(100'000)}});
   manager_->logCustomEvent("huge", {{"text", std::string(2 << 20, 'x')}});
   manager_->sendEvent({{"event", "own"}, {"ratio", std::nan("")}});
   manager_->productViewed(ProductProperties{.id = "1", .price = std::nan("")});
@@ -249,7 +263,36 @@ TEST_F(EventManagerTest, WithoutACredentialNothingIsSentAndALineSaysSo) {
   EXPECT_TRUE(service_.receivedPaths().empty());
 }
 
+TEST_F(EventManagerTest, AnOrderHasTheRulesKeyOfItsCall) {
+  start();
+  Analytics::shared().setRulesPicKey("before");
+  holdUp();
+  manager_->orderCompleted(OrderCompletedProperties{.products = {{.id = "1"}}});
+  manager_->orderCompleted(Dictionary{{"products", List{Dictionary{{"id", "2"}}}}});
+  Analytics::shared().setRulesPicKey("after");
+  ASSERT_TRUE(log_->waitUntilHolding());
+  log_->letGo();
+  ASSERT_TRUE(flush());
+  ASSERT_EQ(service_.events().size(), 2U);
+  for (const auto& event : service_.events()) {
+    EXPECT_EQ(*event.find("context"),
+              Value(Dictionary{{"campaign", Dictionary{{"rules_pic_key", "before"}}}}));
+  }
+}
+
+TEST_F(EventManagerTest, IsGivenTheSharedSessionAndNoEmptyRepository) {
+  EXPECT_EQ(BehaviorEventManager().session(), platform::URLSession::shared());
+  manager_->start(nullptr);
+  EXPECT_FALSE(manager_->eventsEnabled());
+  start();
+  manager_->start(nullptr);
+  manager_->logCustomEvent("seen", {});
+  ASSERT_TRUE(flush());
+  EXPECT_EQ(count(EventState::acknowledged), 1U);
+}
+
 TEST_F(EventManagerTest, ASecondStartSendsWhatFollowsToTheNewEndpoint) {
+  service_.expectRefusals();  // of the path: nothing is served at the other endpoint
   start();
   auto first = manager_->repository();
   manager_->logCustomEvent("first", {});
@@ -259,6 +302,7 @@ TEST_F(EventManagerTest, ASecondStartSendsWhatFollowsToTheNewEndpoint) {
   manager_->logCustomEvent("second", {});
   ASSERT_TRUE(flush());
   EXPECT_EQ(service_.receivedPaths(), (Lines{"/v1/events", "/v2/events"}));
+  EXPECT_EQ(service_.refusals().size(), 1U);
 }
 
 /// Passes on to the real requester and notes the order in which events were handed to it.

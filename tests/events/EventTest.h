@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cmath>
 #include <memory>
 #include <string>
 
@@ -29,6 +30,12 @@ class EventTest : public testing::Test {
     std::erase_if(lines,
                   [](const auto& line) { return line.find("Secrets are kept") != line.npos; });
     return lines;
+  }
+
+  /// Has the manager be held up once it has taken up what it was given before.
+  void holdUp() {
+    log_->holdAt("is not a finite number");
+    manager_->logCustomEvent("late", {{"n", std::nan("")}});
   }
 
   /// Waits until the manager has taken up all that it was given before.

@@ -1,3 +1,7 @@
+#include <atomic>
+#include <stdexcept>
+
+#include "quenwick/platform/MainActor.h"
 #include "tests/events/EventTest.h"
 
 namespace quenwick {
@@ -55,6 +59,79 @@ TEST_F(SearchTest, SearchesThatAreFurtherApartAllArrive) {
   search("second");
   settle();
   scheduler_->advance(600ms);
+  ASSERT_TRUE(awaitSearches(2));
+  EXPECT_EQ(arrived().size(), 2U);
+}
+
+TEST_F(SearchTest, QuickSearchesArriveAsOneHoweverLateTheirTurns) {
+  for (int i = 1; i <= 5; ++i) {
+    if (i > 1) scheduler_->advance(100ms);
+    search("q" + std::to_string(i));
+    holdUp();
+  }
+  scheduler_->advance(300ms);  // more than half a second from the first three
+  for (int i = 1; i <= 5; ++i) {
+    ASSERT_TRUE(log_->waitUntilHolding());
+    scheduler_->advance(0ms);
+    log_->letGo();
+  }
+  settle();
+  EXPECT_EQ(count(EventState::droppedSuperseded), 4U);
+  EXPECT_EQ(count(EventState::waiting), 1U);
+  scheduler_->advance(200ms);
+  ASSERT_TRUE(awaitSearches(1));
+  EXPECT_EQ(arrived(), Queries{"q5"});
+}
+
+TEST_F(SearchTest, SearchesThatAreFurtherApartAllArriveHoweverLateTheirTurns) {
+  holdUp();
+  search("first");
+  scheduler_->advance(600ms);
+  search("second");
+  ASSERT_TRUE(log_->waitUntilHolding());
+  log_->letGo();
+  settle();
+  scheduler_->advance(0ms);
+  ASSERT_TRUE(awaitSearches(1));
+  EXPECT_EQ(arrived(), Queries{"first"});
+  scheduler_->advance(500ms);
+  ASSERT_TRUE(awaitSearches(2));
+  EXPECT_EQ(arrived(), (Queries{"first", "second"}));
+}
+
+TEST_F(SearchTest, AnUnsoundSearchIsWaitedForAndThenLeavesTheOneThatWaits) {
+  search("right");
+  scheduler_->advance(300ms);
+  holdUp();
+  manager_->productSearched(Dictionary{{"query", 7}});
+  ASSERT_TRUE(log_->waitUntilHolding());
+  scheduler_->advance(200ms);
+  log_->letGo();
+  settle();
+  scheduler_->advance(0ms);
+  ASSERT_TRUE(awaitSearches(1));
+  EXPECT_EQ(arrived(), Queries{"right"});
+}
+
+/// Takes no work the first time.
+class ThrowingOnce : public platform::Executor {
+ public:
+  void post(platform::Work work) override {
+    if (!hasThrown_.exchange(true)) throw std::runtime_error("no main loop yet");
+    platform::pool().post(std::move(work));
+  }
+
+ private:
+  std::atomic<bool> hasThrown_ = false;
+};
+
+TEST_F(SearchTest, AMainLoopThatFailsOnceLosesNoSearch) {
+  platform::MainActor::setExecutor(std::make_shared<ThrowingOnce>());
+  BehaviorEventManager manager;
+  manager.start(service_.endpoint());
+  manager.productSearched(Dictionary{{"query", "first"}});
+  ASSERT_TRUE(log_->waitFor("no main loop yet"));
+  manager.productSearched(Dictionary{{"query", "second"}});
   ASSERT_TRUE(awaitSearches(2));
   EXPECT_EQ(arrived().size(), 2U);
 }

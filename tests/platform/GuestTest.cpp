@@ -9,13 +9,13 @@
 #include <clocale>
 #include <csignal>
 #include <fstream>
-#include <locale>
 #include <map>
 
 #include "quenwick/platform/JSONSerialization.h"
 #include "quenwick/platform/URLSession.h"
 #include "quenwick/platform/UserDefaults.h"
 #include "quenwick/platform/Writer.h"
+#include "tests/support/CommaLocale.h"
 #include "tests/support/Program.h"
 #include "tests/support/SandboxService.h"
 
@@ -26,9 +26,6 @@ bool isForkedChild = false;
 /// Asked by the leak checker of a sanitizer build: a forked child lacks the threads that own what
 /// it was given, so that all of it would count as lost.
 extern "C" int __lsan_is_turned_off() { return isForkedChild ? 1 : 0; }
-
-/// The C library loses the list of folders that it makes of LOCPATH.
-extern "C" const char* __lsan_default_suppressions() { return "leak:argz_add_sep\n"; }
 
 namespace quenwick::platform {
 namespace {
@@ -146,13 +143,7 @@ TEST_F(GuestTest, ChangesNothingThatTheWholeProcessShares) {
 
 // With a comma for the point and a point for thousands, as the host may have set it.
 TEST_F(GuestTest, NumbersAreWrittenAndReadTheSameInEveryLocale) {
-  auto made = tests::runProgram({"localedef", "--inputfile=de_DE", "--charmap=UTF-8",
-                                 (home_.path() / "de_DE.UTF-8").string()});
-  ASSERT_EQ(made.exitCode, 0) << made.errors;
-  setenv("LOCPATH", home_.path().c_str(), 1);
-  ASSERT_NE(setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
-  std::locale::global(std::locale("de_DE.UTF-8"));
-  ASSERT_EQ(std::to_string(1.5), "1,500000") << "the locale is not in force";
+  ASSERT_TRUE(tests::setCommaLocale(home_.path()));
 
   EXPECT_EQ(JSONSerialization::text(List{1.5, 1'234'567}), "[1.5,1234567]");
   EXPECT_EQ(JSONSerialization::parse("1.5"), Value(1.5));

@@ -135,6 +135,7 @@ class RuntimeTest : public testing::Test {
   void TearDown() override {
     EXPECT_TRUE(Library::shared().shutdown(30'000));
     loop_.drain();
+    EXPECT_EQ(sandbox_.refusals(), R"({"refusals":[]})");
   }
 
   std::string configuration() {

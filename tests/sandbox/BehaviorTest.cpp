@@ -6,6 +6,7 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/sandbox/SandboxFixture.h"
@@ -43,6 +44,8 @@ const std::string kOrder =
     R"("properties":{"id":"o-1","revenue":"7.00","products":[{"id":"42","title":"Boots",)"
     R"("url":"/42","price":"3.50","quantity":2}]},)" +
     kCommon;
+const std::string kOrderLines =
+    R"(,"products":[{"id":"42","title":"Boots","url":"/42","price":"3.50","quantity":2}])";
 const std::string kCustom =
     R"({"type":"custom","event":"wished","properties":{"a":[{"b":1.5}],"type":null},)" + kCommon;
 const std::string kIdentify =
@@ -141,6 +144,16 @@ class BehaviorTest : public SandboxFixture {
         post({.url = kService, .body = replaced(kVerification, "demo-key", key)});
     return valueOf(answer, "behavioral_endpoint_api_token_identifier") + ":" +
            valueOf(answer, "behavioral_endpoint_api_token");
+  }
+
+  /// What another sandbox issues for the same key.
+  std::string foreignCredential() {
+    const TemporaryFolder folder;
+    auto own = std::exchange(sandbox_, std::make_unique<Sandbox>(Options{.state = folder.state(),
+                                                                         .scenario = kScenario}));
+    std::string issued = credential();
+    sandbox_ = std::move(own);
+    return issued;
   }
 
  private:
@@ -256,19 +269,23 @@ TEST_F(BehaviorTest, EventsAsAClientShouldSendThemAreAcceptedAndKeptToTheLetter)
 
 TEST_F(BehaviorTest, AnEventThatBreaksARuleIsRefusedNamingTheField) {
   struct Case {
-    const std::string& event;
-    std::string from, to, field, reason;
+    std::string event, from, to, field, reason;
   };
   const std::vector<Case> cases = {
+      // The envelope, of which each field is needed.
       {kProduct, R"("type":"track",)", "", "type", "is missing"},
       {kProduct, R"("track")", R"("page")", "type", "must be"},
       {kProduct, R"("track")", "1", "type", "must be a text"},
       {kProduct, R"("event":"product_viewed",)", "", "event", "is missing"},
+      {kProduct, R"("product_viewed")", "7", "event", "must be a text"},
       {kProduct, "product_viewed", "product_bought", "event", "is no event"},
       {kProduct, R"("user_id":"alice",)", "", "user_id", "is missing"},
       {kProduct, R"("alice")", "null", "user_id", "must be a text"},
+      {kProduct, R"("anonymous_id":"a-1",)", "", "anonymous_id", "is missing"},
       {kProduct, R"("a-1")", R"("")", "anonymous_id", "must not be empty"},
       {kProduct, R"("a-1")", "1", "anonymous_id", "must be a text"},
+      {kProduct, R"("timezone":"Europe/Berlin",)", "", "timezone", "is missing"},
+      {kProduct, R"("Europe/Berlin")", "3600", "timezone", "must be a text"},
       {kProduct, "Europe/Berlin", "Europe/Atlantis", "timezone", "is no name"},
       {kProduct, "Europe/Berlin", "../zoneinfo/UTC", "timezone", "is no name"},
       {kProduct, R"(,"timestamp":NOW)", "", "timestamp", "is missing"},
@@ -277,20 +294,39 @@ TEST_F(BehaviorTest, AnEventThatBreaksARuleIsRefusedNamingTheField) {
       {kProduct, "NOW", "NOW000", "timestamp", "is too far"},
       {kProduct, "NOW", "-9223372036854775000", "timestamp", "is too far"},
       {kProduct, "NOW", secondsFromNow(-3700), "timestamp", "is too far"},
+      {kProduct, "NOW", secondsFromNow(3700), "timestamp", "is too far"},
       {kProduct, "NOW", replaced(secondsFromNow(0) + "!", "000!", "500"), "timestamp",
        "must be a whole second"},
       {kProduct, R"(,"channel":{"app":{"name":"sdk"}})", "", "channel", "is missing"},
+      {kProduct, R"({"app":{"name":"sdk"}})", R"("sdk")", "channel", "must be an object"},
+      {kProduct, R"({"app":{"name":"sdk"}})", "{}", "channel.app", "is missing"},
+      {kProduct, R"({"name":"sdk"})", R"("sdk")", "channel.app", "must be an object"},
+      {kProduct, R"({"name":"sdk"})", "{}", "channel.app.name", "is missing"},
+      {kProduct, R"("sdk")", "null", "channel.app.name", "must be a text"},
       {kProduct, R"("sdk")", R"("web")", "channel.app.name", "must be"},
       {kProduct, R"("name":"sdk")", R"("name":"sdk","version":"1")", "channel.app.version",
        "unknown key"},
+      {kProduct, R"("app")", R"("web":1,"app")", "channel.web", "unknown key"},
       {kProduct, R"("event")", R"("library":1,"event")", "library", "unknown key"},
       {kProduct, R"("event")", R"("context":{},"event")", "context", "unknown key"},
+      {kProduct, R"("properties")", R"("property")", "property", "unknown key"},
+      {kSearch, R"("properties":{"query":"boots","url":"/s"},)", "", "properties", "is missing"},
+      {kSearch, R"({"query":"boots","url":"/s"})", "[]", "properties", "must be an object"},
+      // Products.
       {kProduct, R"("id":"42",)", "", "properties.id", "is missing"},
       {kProduct, R"("42")", "42", "properties.id", "must be a text"},
       {kProduct, R"("Boots")", "null", "properties.title", "must be a text"},
       {kProduct, R"("3.50")", "3.5", "properties.price", "must be a text"},
+      {kProduct, R"("https://shop.example/42")", "42", "properties.url", "must be a text"},
       {kProduct, "https://shop.example/42", "shop 42", "properties.url", "is no URL"},
+      {kProduct, "https://shop.example/42", "", "properties.url", "is no URL"},
+      {kProduct, R"([{"id":"1"},{"id":"7","title":"Shoes","url":"/c/7"}])", R"({"id":"1"})",
+       "properties.categories", "must be a list"},
+      {kProduct, R"({"id":"1"})", R"("1")", "properties.categories[0]", "must be an object"},
       {kProduct, R"({"id":"7",)", "{", "properties.categories[1].id", "is missing"},
+      {kProduct, R"("7")", "7", "properties.categories[1].id", "must be a text"},
+      {kProduct, R"("Shoes")", R"({"en":"Shoes"})", "properties.categories[1].title",
+       "must be a text"},
       {kProduct, R"("/c/7")", "7", "properties.categories[1].url", "must be a text"},
       {kProduct, R"("/c/7")", R"("/c/7","top":1)", "properties.categories[1].top", "unknown key"},
       {kProduct, R"({"sizes":[44,null,18446744073709551615]})", "[]", "properties.meta",
@@ -298,30 +334,68 @@ TEST_F(BehaviorTest, AnEventThatBreaksARuleIsRefusedNamingTheField) {
       {kProduct, R"(,"meta":{"sizes":[44,null,18446744073709551615]})", "", "properties.meta",
        "is missing"},
       {kProduct, R"("meta")", R"("color":"red","meta")", "properties.color", "unknown key"},
+      {replaced(kProduct, "viewed", "added"), R"("id":"42",)", "", "properties.id", "is missing"},
+      {replaced(kProduct, "viewed", "removed"), R"("id":"42",)", "", "properties.id", "is missing"},
+      // Searches and categories.
       {kSearch, R"("query":"boots",)", "", "properties.query", "is missing"},
+      {kSearch, R"("boots")", R"(["boots"])", "properties.query", "must be a text"},
+      {kSearch, R"("/s")", "null", "properties.url", "must be a text"},
+      {kSearch, R"("/s")", R"("/s boots")", "properties.url", "is no URL"},
       {kSearch, R"("query")", R"("id":"1","query")", "properties.id", "unknown key"},
       {kCategory, R"("id":"7",)", "", "properties.id", "is missing"},
+      {kCategory, R"("7")", "7", "properties.id", "must be a text"},
+      {kCategory, R"("Shoes")", "7", "properties.title", "must be a text"},
+      {kCategory, R"("/c/7")", "{}", "properties.url", "must be a text"},
+      {kCategory, R"("/c/7")", R"("c\n7")", "properties.url", "is no URL"},
       {kCategory, R"("id")", R"("meta":{},"id")", "properties.meta", "unknown key"},
+      // Orders.
       {kOrder, R"("context":{"campaign":{"rules_pic_key":"beef"}},)", "", "context", "is missing"},
+      {kOrder, R"({"campaign":{"rules_pic_key":"beef"}})", "[]", "context", "must be an object"},
+      {kOrder, R"("campaign":{)", R"("page":{},"campaign":{)", "context.page", "unknown key"},
       {kOrder, R"("campaign":{"rules_pic_key":"beef"})", "", "context.campaign", "is missing"},
+      {kOrder, R"({"rules_pic_key":"beef"})", R"("beef")", "context.campaign", "must be an object"},
+      {kOrder, R"("rules_pic_key")", R"("name":"spring","rules_pic_key")", "context.campaign.name",
+       "unknown key"},
       {kOrder, R"("beef")", "null", "context.campaign.rules_pic_key", "must be a text"},
+      {kOrder, R"("o-1")", "1", "properties.id", "must be a text"},
       {kOrder, R"("7.00")", "7", "properties.revenue", "must be a text"},
-      {kOrder, R"("products")", R"("lines")", "properties.lines", "unknown key"},
-      {kOrder, R"({"id":"42","title":"Boots","url":"/42","price":"3.50","quantity":2})", "",
-       "properties.products", "must not be empty"},
+      {kOrder, R"("revenue")", R"("total")", "properties.total", "unknown key"},
+      {kOrder, kOrderLines, "", "properties.products", "is missing"},
+      {kOrder, kOrderLines, R"(,"products":{"id":"42"})", "properties.products", "must be a list"},
+      {kOrder, kOrderLines, R"(,"products":[])", "properties.products", "must not be empty"},
+      {kOrder, kOrderLines, R"(,"products":["42"])", "properties.products[0]", "must be an object"},
       {kOrder, R"("quantity":2)", R"("quantity":2.0)", "properties.products[0].quantity",
        "must be a whole number"},
       {kOrder, R"("quantity":2)", R"("quantity":"2")", "properties.products[0].quantity",
        "must be a whole number"},
       {kOrder, R"("id":"42",)", "", "properties.products[0].id", "is missing"},
+      {kOrder, R"("42")", "42", "properties.products[0].id", "must be a text"},
+      {kOrder, R"("Boots")", "true", "properties.products[0].title", "must be a text"},
+      {kOrder, R"("/42")", "42", "properties.products[0].url", "must be a text"},
+      {kOrder, R"("/42")", R"("")", "properties.products[0].url", "is no URL"},
+      {kOrder, R"("3.50")", "3.5", "properties.products[0].price", "must be a text"},
       {kOrder, R"("title":"Boots")", R"("meta":{})", "properties.products[0].meta", "unknown key"},
+      // Events of a host's own, and identify records.
+      {kCustom, R"("event":"wished",)", "", "event", "is missing"},
       {kCustom, R"("wished")", "null", "event", "must be a text"},
+      {kCustom, R"("event")", R"("name":"wished","event")", "name", "unknown key"},
       {kCustom, R"("properties":{"a":[{"b":1.5}],"type":null},)", "", "properties", "is missing"},
       {kCustom, R"({"a":[{"b":1.5}],"type":null})", "[]", "properties", "must be an object"},
+      {kCustom, R"("user_id":"alice",)", "", "user_id", "is missing"},
+      {kCustom, R"(,"channel":{"app":{"name":"sdk"}})", "", "channel", "is missing"},
       {kIdentify, R"("user_id":"alice",)", "", "user_id", "is missing"},
+      {kIdentify, R"("alice")", "7", "user_id", "must be a text"},
+      {kIdentify, R"("anonymous_id":"a-1",)", "", "anonymous_id", "is missing"},
+      {kIdentify, R"("a-1")", "[]", "anonymous_id", "must be a text"},
+      {kIdentify, R"("timezone":"UTC",)", "", "timezone", "is missing"},
+      {kIdentify, R"("UTC")", "0", "timezone", "must be a text"},
+      {kIdentify, R"(,"timestamp":NOW)", "", "timestamp", "is missing"},
+      {kIdentify, "NOW", "true", "timestamp", "must be a whole number"},
       {kIdentify, R"("UTC")", R"("UTC","channel":{"app":{"name":"sdk"}})", "channel",
        "unknown key"},
-      {kIdentify, "NOW", "true", "timestamp", "must be a whole number"},
+      {kIdentify, R"("UTC")", R"("UTC","event":"identify")", "event", "unknown key"},
+      // No JSON object at all.
+      {kIdentify, kIdentify, "[]", "body", "must be an object"},
       {kIdentify, "NOW}", "NOW", "body", "line 1"},
       {kIdentify, "alice", "\xFF", "body", "line 1"}};
   start(kScenario);
@@ -347,6 +421,7 @@ TEST_F(BehaviorTest, AnEventOtherThanAPostOfJSONWithAnIssuedCredentialIsRefused)
   const std::string user = credential();
   const std::string url = kEvents;
   const std::string unknown = R"({"error":"Authorization: is no credential in use"} 401)";
+  const auto foreign = foreignCredential();
   const auto swapped = user.substr(user.find(':') + 1) + ":" + user.substr(0, user.find(':'));
   const std::vector<Exchange> cases = {
       {{.body = kIdentify}, unknown},
@@ -354,6 +429,8 @@ TEST_F(BehaviorTest, AnEventOtherThanAPostOfJSONWithAnIssuedCredentialIsRefused)
       {{.body = kIdentify, .user = user + "0"}, unknown},
       {{.body = kIdentify, .user = swapped}, unknown},
       {{.body = "{}", .method = "GET"}, unknown},
+      {{.url = url + "/", .body = kIdentify, .user = "identifier:token"}, unknown},
+      {{.body = kIdentify, .user = foreign}, unknown},
       {{.body = kIdentify, .user = user, .method = "GET"},
        R"({"message":"method: must be POST"} 422)"},
       {{.body = kIdentify, .user = user, .method = "PUT"},
@@ -364,6 +441,8 @@ TEST_F(BehaviorTest, AnEventOtherThanAPostOfJSONWithAnIssuedCredentialIsRefused)
        R"({"message":"path: must be /v1/events"} 422)"},
       {{.url = url + "?x", .body = kIdentify, .user = user},
        R"({"message":"query: must be empty"} 422)"},
+      {{.body = kIdentify, .user = user, .type = ""},
+       R"({"message":"Content-Type: must be application/json"} 422)"},
       {{.body = kIdentify, .user = user, .type = "text/json"},
        R"({"message":"Content-Type: must be application/json"} 422)"},
       {{.body = kIdentify, .user = user, .type = "application/json; charset=latin1"},

@@ -12,7 +12,7 @@
 
 namespace quenwick::tests {
 
-/// A log sink that keeps every entry, as "error: text".
+/// A log sink that keeps every entry, as "error: text". It can hold up who writes one.
 class RecordingLog : public platform::LogSink {
  public:
   /// Installs a new one for the process.
@@ -25,8 +25,28 @@ class RecordingLog : public platform::LogSink {
   bool isEnabled(platform::LogLevel) const override { return true; }
   void write(const platform::LogEntry& entry) override {
     static constexpr const char* kNames[] = {"debug: ", "default: ", "error: "};
-    std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
     lines_.push_back(kNames[static_cast<int>(entry.level)] + entry.message);
+    changed_.notify_all();
+    if (heldPart_.empty() || entry.message.find(heldPart_) == entry.message.npos) return;
+    isHolding_ = true;
+    changed_.notify_all();
+    changed_.wait(lock, [this] { return !isHolding_; });
+  }
+
+  /// From now on who writes a line that holds the part is held up, once it is kept, until let go.
+  void holdAt(std::string part) {
+    std::lock_guard lock(mutex_);
+    heldPart_ = std::move(part);
+  }
+  /// Waits until somebody is held up, for half a minute at most; whether that is so.
+  bool waitUntilHolding() const {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, std::chrono::seconds(30), [this] { return isHolding_; });
+  }
+  void letGo() {
+    std::lock_guard lock(mutex_);
+    isHolding_ = false;
     changed_.notify_all();
   }
 
@@ -53,6 +73,8 @@ class RecordingLog : public platform::LogSink {
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;
   std::vector<std::string> lines_;
+  std::string heldPart_;
+  bool isHolding_ = false;
 };
 
 }  // namespace quenwick::tests

@@ -1,5 +1,7 @@
 #include "tests/support/SandboxService.h"
 
+#include <gtest/gtest.h>
+
 #include <fstream>
 #include <iterator>
 
@@ -12,6 +14,11 @@ SandboxService::SandboxService(std::string scenario) {
   options.state = folder_.path();
   options.scenario = std::move(scenario);
   sandbox_ = std::make_unique<sandbox::Sandbox>(std::move(options));
+}
+
+SandboxService::~SandboxService() {
+  if (areRefusalsExpected_) return;
+  EXPECT_EQ(sandbox_->refusals(), R"({"refusals":[]})");
 }
 
 platform::URLSessionConfiguration SandboxService::configuration() const {

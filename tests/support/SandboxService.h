@@ -10,11 +10,18 @@
 
 namespace quenwick::tests {
 
-/// A running sandbox, and how to reach it under the scenario's host names.
+/// A running sandbox, and how to reach it under the scenario's host names. A test fails in which
+/// the sandbox refused a handshake or an event, unless the test asked for it.
 class SandboxService {
  public:
   /// The scenario is JSON text; empty for the built-in one.
   explicit SandboxService(std::string scenario = {});
+  ~SandboxService();
+  SandboxService(const SandboxService&) = delete;
+  SandboxService& operator=(const SandboxService&) = delete;
+
+  /// The test is one about refusals.
+  void expectRefusals() { areRefusalsExpected_ = true; }
 
   sandbox::Sandbox& sandbox() const { return *sandbox_; }
 
@@ -30,6 +37,7 @@ class SandboxService {
  private:
   TemporaryDirectory folder_;
   std::unique_ptr<sandbox::Sandbox> sandbox_;
+  bool areRefusalsExpected_ = false;
 };
 
 }  // namespace quenwick::tests

@@ -21,8 +21,10 @@ class VerifiedService {
   /// Where events go.
   const platform::URL& endpoint() const { return endpoint_; }
   void setFaults(std::string_view faults);
+  void expectRefusals() { service_->expectRefusals(); }
 
-  /// The events accepted so far, and the requests refused.
+  /// The events accepted so far, as the sandbox lists them to who asks it; and the requests
+  /// refused.
   std::vector<platform::Dictionary> events();
   std::vector<platform::Dictionary> refusals();
 

@@ -63,7 +63,6 @@ TEST_F(SendTest, EveryEventIsAcknowledgedUnderTheNameThatItWasGiven) {
   ASSERT_EQ(identified.exitCode, 0) << lines(identified);
   EXPECT_EQ(*events().back().as<Dictionary>()->find("body")->as<Dictionary>()->find("user_id"),
             "user-7");
-  EXPECT_EQ(service_.sandbox().refusals(), R"({"refusals":[]})");
 }
 
 TEST_F(SendTest, WhatIsNotAcknowledgedEndsInTheLinesThatTheClientLogs) {
@@ -98,6 +97,57 @@ TEST_F(SendTest, WhatIsNotAcknowledgedEndsInTheLinesThatTheClientLogs) {
   service_.sandbox().setFaults(sandbox::BehaviorPart::events,
                                R"([{"kind": "slow", "delay": 60000}])");
   EXPECT_NE(lines(send({"send", "mine"}, {"--timeout", "0.5"})).find("in time"), std::string::npos);
+}
+
+TEST_F(SendTest, AFailedHandshakeEndsInAllLinesThatTheClientLogs) {
+  const std::string failed = "Behavioral Verification failed: ";
+  struct {
+    const char* fault;
+    std::vector<std::string> starts;  // of each line
+  } cases[] = {
+      {R"("forbidden")", {failed + "403\n"}},
+      {R"("malformed")", {failed}},
+      {R"("bad-endpoint")", {failed + "Could not coerce the endpoint into a URL"}},
+      {R"({"kind": "cut", "times": 5})",
+       {"URLSessionTask failed with error: ", failed + "URLSessionTask failed with error: "}},
+  };
+  for (const auto& [fault, starts] : cases) {
+    service_.sandbox().setFaults(sandbox::BehaviorPart::verification,
+                                 std::string("[") + fault + "]");
+    auto finished = send({"send", "mine"});
+    EXPECT_EQ(finished.exitCode, 1) << fault;
+    auto report = json(finished);
+    EXPECT_EQ(*report.find("event"), "mine");
+    EXPECT_EQ(*report.find("acknowledged"), false);
+    EXPECT_EQ(report.find("requestID"), nullptr);
+    const auto& lines = *report.find("error")->as<List>();
+    ASSERT_EQ(lines.size(), starts.size()) << finished.output;
+    for (std::size_t i = 0; i < starts.size(); ++i) {
+      EXPECT_TRUE(lines[i].as<std::string>()->starts_with(starts[i])) << finished.output;
+    }
+    home_.clear();
+  }
+  EXPECT_TRUE(events().empty());
+}
+
+TEST_F(SendTest, APersonIsToldTheOutcomeInWords) {
+  auto sent = run("first-key", {"send", "mine"}, {});
+  EXPECT_EQ(sent.exitCode, 0);
+  auto id = *events().at(0).as<Dictionary>()->find("request_id")->as<std::string>();
+  EXPECT_EQ(sent.output, "acknowledged  mine as " + id + "\n");
+  auto identified = run("first-key", {"identify", "user-7"}, {});
+  EXPECT_TRUE(identified.output.starts_with("acknowledged  identify as ")) << identified.output;
+
+  auto refused = run("first-key", {"send", "product_viewed"}, {});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_EQ(refused.output,
+            "not sent  product_viewed\n"
+            "  Could not log event - id is missing. Must be either a String or Int.\n");
+  service_.sandbox().setFaults(sandbox::BehaviorPart::events, R"(["server-error"])");
+  auto failed = run("first-key", {"send", "mine"}, {});
+  EXPECT_EQ(failed.exitCode, 1);
+  EXPECT_TRUE(failed.output.starts_with("not sent  mine\n  Could not log event {\"type\":"))
+      << failed.output;
 }
 
 TEST_F(SendTest, BadUsageExitsWithTwoBeforeAnythingIsSent) {

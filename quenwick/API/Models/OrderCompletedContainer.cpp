@@ -10,6 +10,10 @@ namespace {
 
 using platform::Dictionary;
 
+OrderCompletedContext contextOf(Analytics& analytics) {
+  return {.campaign = {.rulesPicKey = analytics.rulesPicKey()}};
+}
+
 Dictionary encode(OrderCompletedContext context) {
   Dictionary campaign;
   setField(campaign, "rules_pic_key", std::move(context.campaign.rulesPicKey));
@@ -20,13 +24,18 @@ Dictionary encode(OrderCompletedContext context) {
 
 }  // namespace
 
+OrderCompletedContext OrderCompletedContext::current() { return contextOf(Analytics::shared()); }
+
 OrderCompletedContainer::OrderCompletedContainer(OrderCompletedProperties orderProperties)
-    : OrderCompletedContainer(std::move(orderProperties), Analytics::shared()) {}
+    : OrderCompletedContainer(std::move(orderProperties), OrderCompletedContext::current()) {}
 
 OrderCompletedContainer::OrderCompletedContainer(OrderCompletedProperties orderProperties,
                                                  Analytics& analytics)
-    : context{.campaign = {.rulesPicKey = analytics.rulesPicKey()}},
-      properties(std::move(orderProperties)) {}
+    : OrderCompletedContainer(std::move(orderProperties), contextOf(analytics)) {}
+
+OrderCompletedContainer::OrderCompletedContainer(OrderCompletedProperties orderProperties,
+                                                 OrderCompletedContext orderContext)
+    : context(std::move(orderContext)), properties(std::move(orderProperties)) {}
 
 std::optional<Dictionary> OrderCompletedContainer::asDictionary() const& {
   return OrderCompletedContainer(*this).asDictionary();

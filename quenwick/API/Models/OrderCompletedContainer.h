@@ -18,6 +18,9 @@ struct Campaign {
 
 struct OrderCompletedContext {
   Campaign campaign = {};
+
+  /// The install's, by `Analytics::shared()`.
+  static OrderCompletedContext current();
 };
 
 /// The event of a completed order, with the install's rules key at the time it was made.
@@ -28,6 +31,9 @@ struct OrderCompletedContainer {
   /// Takes the rules key from `Analytics::shared()`, or from the one given.
   explicit OrderCompletedContainer(OrderCompletedProperties orderProperties);
   OrderCompletedContainer(OrderCompletedProperties orderProperties, Analytics& analytics);
+  /// With a context that was taken before.
+  OrderCompletedContainer(OrderCompletedProperties orderProperties,
+                          OrderCompletedContext orderContext);
 
   OrderCompletedContext context;
   OrderCompletedProperties properties;

@@ -109,6 +109,7 @@ TEST_F(BehavioralEventRequesterTest, WithoutACredentialNothingIsSent) {
 }
 
 TEST_F(BehavioralEventRequesterTest, TheCredentialIsTheOneThatIsStoredAtTheTime) {
+  service_.expectRefusals();
   auto sender = requester();
   platform::wait(sender->sendEvent(event()));
   AuthenticationKeychain::standard().set("b3RoZXI=", rawValue(kCredential));
