@@ -22,7 +22,9 @@ endif()
 
 add_library(quenwick_flags INTERFACE)
 target_compile_options(quenwick_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
-                       -Wsign-conversion -Wnon-virtual-dtor -Werror -pthread)
+                       -Wsign-conversion -Wnon-virtual-dtor -Werror -pthread
+                       -fvisibility=hidden -fvisibility-inlines-hidden
+                       "$<$<CONFIG:Release>:-ffunction-sections;-fdata-sections>")
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   target_compile_options(quenwick_flags INTERFACE "SHELL:-Xclang -fno-pch-timestamp")
   target_link_options(quenwick_flags INTERFACE -fuse-ld=lld)

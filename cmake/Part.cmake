@@ -7,14 +7,15 @@ function(quenwick_view variable name folder)
   set(${variable} "${view}" PARENT_SCOPE)
 endfunction()
 
-# quenwick_part(<folder> SOURCES <file>... [USES <folder>...] [LINKS <library>...])
+# quenwick_part(<folder> SOURCES <file>... [USES <folder>...] [LINKS <library>...] [TOOLKIT])
 #
 # A part of the library: the folder quenwick/<folder> as a target of its own. A part sees the
 # headers of the parts it uses and of no others: what a target can include is a view, a directory
 # in the build tree that links to its folder alone. An arrow in the wrong direction finds no file.
+# All parts make up the shared library, but for a window toolkit, which has one of its own.
 
 function(quenwick_part folder)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;USES;LINKS")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "TOOLKIT" "" "SOURCES;USES;LINKS")
   string(REPLACE "/" "_" target "quenwick_${folder}")
   quenwick_view(view ${target} "quenwick/${folder}")
 
@@ -28,6 +29,10 @@ function(quenwick_part folder)
     target_link_libraries(${target} PUBLIC ${used})
   endforeach()
   target_precompile_headers(${target} REUSE_FROM quenwick_pch)
+  if(NOT arg_TOOLKIT)
+    set_property(GLOBAL APPEND PROPERTY QUENWICK_PARTS ${target})
+    set_property(GLOBAL APPEND PROPERTY QUENWICK_LIBRARIES ${arg_LINKS})
+  endif()
 endfunction()
 
 # Links a program or a test with the house's flags and precompiled header.

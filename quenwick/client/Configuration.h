@@ -9,8 +9,9 @@
 #include <vector>
 
 #include "quenwick/client/PublicTypes.h"
+#include "quenwick/platform/Export.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// Connections to `host` and `port` go to `toAddress` and `toPort` instead; requests and the check
 /// of certificates stay as they are. An empty host stands for every host.
@@ -46,6 +47,6 @@ struct Configuration {
 
 /// Sets the configuration of the process: once, before the first use of `QWClient`. False, and an
 /// error line, where that is too late or a value is no use; then nothing has changed.
-bool configure(Configuration configuration);
+QUENWICK_EXPORT bool configure(Configuration configuration);
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

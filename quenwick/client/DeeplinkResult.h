@@ -8,7 +8,7 @@
 #include "quenwick/deeplink/DeeplinkResolutionError.h"
 #include "quenwick/platform/Error.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// Where a link leads, as text, or why it did not resolve:
 ///
@@ -23,4 +23,4 @@ using DeeplinkHandler = std::function<void(const DeeplinkResult& result)>;
 using DeeplinkCompatibilityHandler = std::function<void(
     const std::optional<std::string>& link, const std::optional<platform::PlatformError>& error)>;
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

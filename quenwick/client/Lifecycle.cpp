@@ -49,7 +49,7 @@ std::optional<std::string> faultOf(const Configuration& configuration) {
 
 }  // namespace
 
-bool configure(Configuration configuration) {
+bool v0::configure(Configuration configuration) {
   return !Lifecycle::shared().configure(std::move(configuration));
 }
 

@@ -10,6 +10,7 @@
 #include "quenwick/client/DeeplinkResult.h"
 #include "quenwick/client/HandleableLinks.h"
 #include "quenwick/client/QWClient.h"
+#include "quenwick/platform/Publisher.h"
 #include "quenwick/platform/URLSession.h"
 
 namespace quenwick {

@@ -7,7 +7,7 @@
 
 #include "quenwick/platform/Value.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// What the application was launched with, by key.
 using LaunchOptions = platform::Dictionary;
@@ -36,4 +36,4 @@ struct NSItemProvider {
   std::optional<std::string> text = {};
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

@@ -1,14 +1,15 @@
 #pragma once
 
 #include "quenwick/logging/QWLogType.h"
+#include "quenwick/platform/AnyPublisher.h"
+#include "quenwick/platform/Cancellable.h"
 #include "quenwick/platform/Error.h"
-#include "quenwick/platform/LogSink.h"
-#include "quenwick/platform/Publisher.h"
+#include "quenwick/platform/LogLevel.h"
 #include "quenwick/platform/TaskHandle.h"
 #include "quenwick/platform/URL.h"
 #include "quenwick/platform/Value.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 using platform::AnyPublisher;
 using platform::Cancellable;
@@ -20,4 +21,4 @@ using platform::TaskHandle;
 using platform::URL;
 using platform::Value;
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

@@ -20,11 +20,15 @@
 #include "quenwick/client/DeeplinkResult.h"
 #include "quenwick/client/OpeningLinks.h"
 #include "quenwick/client/PublicTypes.h"
+#include "quenwick/platform/Export.h"
 
 namespace quenwick {
 
 class BehaviorEventManager;
 class DeeplinkHandlers;
+class LinkIntake;
+
+inline namespace v0 {
 
 /// What `QWClient::start` takes; written with designated initialisers.
 struct StartOptions {
@@ -59,7 +63,7 @@ struct ResolveOptions {
 /// `start` and after it; each returns at once, without waiting for the network or the disk, and
 /// none throws. What fails is logged; outcomes of links reach the host's handlers, on the main
 /// actor (`Configuration::mainExecutor`).
-class QWClient {
+class QUENWICK_EXPORT QWClient {
  public:
   /// The process's client, made on first use.
   static std::shared_ptr<QWClient> shared();
@@ -224,7 +228,7 @@ class QWClient {
   static bool shutdown(std::chrono::nanoseconds atMost);
 
  private:
-  friend class LinkIntake;
+  friend LinkIntake;
   struct State;
 
   static bool enter();
@@ -239,4 +243,5 @@ class QWClient {
   std::unique_ptr<State> state_;
 };
 
+}  // namespace v0
 }  // namespace quenwick

@@ -4,11 +4,12 @@
 #include <variant>
 
 #include "quenwick/platform/Error.h"
+#include "quenwick/platform/Export.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// Why a link did not resolve.
-class DeeplinkResolutionError : public platform::Error {
+class QUENWICK_EXPORT DeeplinkResolutionError : public platform::Error {
  public:
   struct Failure {
     /// The link that was resolved, with the scheme "https".
@@ -39,4 +40,4 @@ class DeeplinkResolutionError : public platform::Error {
   Case case_;
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

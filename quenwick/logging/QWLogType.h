@@ -2,7 +2,7 @@
 
 #include <initializer_list>
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// A set of log categories.
 class QWLogType {
@@ -42,4 +42,4 @@ inline constexpr QWLogType QWLogType::deeplink(1);
 inline constexpr QWLogType QWLogType::behaviorEvent(2);
 inline constexpr QWLogType QWLogType::all{QWLogType::deeplink, QWLogType::behaviorEvent};
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

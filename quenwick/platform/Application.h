@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "quenwick/platform/Export.h"
 #include "quenwick/platform/URL.h"
 
 namespace quenwick::platform {
@@ -23,7 +24,7 @@ class Window {
 };
 
 /// The application as its window toolkit knows it. Used on the main actor only.
-class Application {
+class QUENWICK_TOOLKIT_EXPORT Application {
  public:
   virtual ~Application() = default;
 

@@ -25,7 +25,7 @@ ErrorPointer keep(const std::exception_ptr& exception, const Error& error) {
 
 }  // namespace
 
-ErrorPointer errorFrom(const std::exception_ptr& exception) {
+ErrorPointer v0::errorFrom(const std::exception_ptr& exception) {
   try {
     std::rethrow_exception(exception);
   } catch (const Error& error) {

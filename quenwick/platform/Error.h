@@ -6,12 +6,14 @@
 #include <string>
 #include <string_view>
 
-namespace quenwick::platform {
+#include "quenwick/platform/Export.h"
+
+namespace quenwick::platform::inline v0 {
 
 class PlatformError;
 
 /// A failure as a value: thrown inside the library, kept and inspected where it is reported.
-class Error : public std::exception {
+class QUENWICK_EXPORT Error : public std::exception {
  public:
   /// What a person reads of the failure.
   const std::string& localizedDescription() const { return description_; }
@@ -33,7 +35,7 @@ using ErrorPointer = std::shared_ptr<const Error>;
 using UserInfo = std::map<std::string, std::string, std::less<>>;
 
 /// An error of the platform: every foreign library's codes are translated into one of these.
-class PlatformError : public Error {
+class QUENWICK_EXPORT PlatformError : public Error {
  public:
   PlatformError(std::string domain, int code, std::string description, UserInfo userInfo = {});
 
@@ -50,13 +52,13 @@ class PlatformError : public Error {
 };
 
 /// An error of another library, or of the host, that is known by its text alone.
-class OtherError : public Error {
+class QUENWICK_EXPORT OtherError : public Error {
  public:
   explicit OtherError(std::string description) : Error(std::move(description)) {}
 };
 
 /// The exception as an error that can be kept; one that is not an `Error` is kept by its text.
-ErrorPointer errorFrom(const std::exception_ptr& exception);
+QUENWICK_EXPORT ErrorPointer errorFrom(const std::exception_ptr& exception);
 
 /// Keys of a platform error's user info.
 inline constexpr std::string_view NSURLErrorFailingURLStringErrorKey =
@@ -92,4 +94,4 @@ inline constexpr int serverCertificateNotYetValid = -1204;
 /// Domain of the operating system's errors; a code is what `errno` says.
 inline constexpr std::string_view kPOSIXErrorDomain = "NSPOSIXErrorDomain";
 
-}  // namespace quenwick::platform
+}  // namespace quenwick::platform::inline v0

@@ -3,14 +3,16 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <utility>
+
+#include "quenwick/platform/Cancellable.h"
+#include "quenwick/platform/Export.h"
 
 namespace quenwick::platform {
 
 using Work = std::function<void()>;
 
 /// Runs the work. Work must not throw; what escapes it all the same ends here, with an error line.
-void runWork(const Work& work) noexcept;
+QUENWICK_TOOLKIT_EXPORT void runWork(const Work& work) noexcept;
 
 /// Runs posted work at some later time, never inside `post`.
 class Executor {
@@ -20,32 +22,13 @@ class Executor {
 };
 
 /// The library's pool: as many threads as cores, at most four. Lives for the process.
-Executor& pool();
+QUENWICK_TOOLKIT_EXPORT Executor& pool();
 
 /// An executor on the pool that runs its work one after the other, in the order it was posted.
 std::shared_ptr<Executor> makeStrand();
 
-/// Ends what it stands for (a subscription, a timer) when destroyed or cancelled.
-class [[nodiscard]] Cancellable {
- public:
-  Cancellable() = default;
-  explicit Cancellable(Work cancel) : cancel_(std::move(cancel)) {}
-  Cancellable(Cancellable&& other) noexcept : cancel_(std::exchange(other.cancel_, nullptr)) {}
-  Cancellable& operator=(Cancellable&& other) noexcept {
-    std::swap(cancel_, other.cancel_);
-    return *this;
-  }
-  ~Cancellable() { cancel(); }
-
-  void cancel() {
-    if (auto cancel = std::exchange(cancel_, nullptr)) cancel();
-  }
-
- private:
-  Work cancel_;
-};
-
 /// Posts the work to the executor once the duration has passed, unless cancelled before.
-Cancellable postAfter(std::chrono::nanoseconds duration, Executor& executor, Work work);
+QUENWICK_TOOLKIT_EXPORT Cancellable postAfter(std::chrono::nanoseconds duration, Executor& executor,
+                                              Work work);
 
 }  // namespace quenwick::platform

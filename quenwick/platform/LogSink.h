@@ -3,9 +3,10 @@
 #include <memory>
 #include <string>
 
-namespace quenwick::platform {
+#include "quenwick/platform/Export.h"
+#include "quenwick/platform/LogLevel.h"
 
-enum class LogLevel { debug, standard, error };
+namespace quenwick::platform {
 
 struct LogEntry {
   LogLevel level = LogLevel::standard;
@@ -43,6 +44,6 @@ std::shared_ptr<LogSink> logSink();
 void setLogSink(std::shared_ptr<LogSink> sink);
 
 /// Writes one error line about the platform itself (a damaged file, a full disk).
-void logPlatformError(std::string message);
+QUENWICK_TOOLKIT_EXPORT void logPlatformError(std::string message);
 
 }  // namespace quenwick::platform

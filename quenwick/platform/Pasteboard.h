@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "quenwick/platform/Export.h"
 #include "quenwick/platform/Task.h"
 #include "quenwick/platform/URL.h"
 
@@ -13,7 +14,7 @@ namespace quenwick::platform {
 /// What the person copied last. The `has` questions look at what kinds of content are offered and
 /// do not read it. Any thread; the tasks end on the pool, and never fail: what cannot be read
 /// within a second is none.
-class Pasteboard {
+class QUENWICK_TOOLKIT_EXPORT Pasteboard {
  public:
   virtual ~Pasteboard() = default;
 

@@ -6,13 +6,22 @@
 #include <mutex>
 #include <stop_token>
 
+#include "quenwick/platform/Export.h"
+
 namespace quenwick::platform {
 
 template <class T>
 class Task;
 
+inline namespace v0 {
+class TaskHandle;
+}
+TaskHandle startTask(Task<void> task, std::stop_source stop);
+
+inline namespace v0 {
+
 /// A started task: may be dropped (the task goes on), waited for or cancelled.
-class TaskHandle {
+class QUENWICK_EXPORT TaskHandle {
  public:
   /// Asks the task to end; it does so at its next opportunity.
   void cancel() { state_->stop.request_stop(); }
@@ -24,7 +33,7 @@ class TaskHandle {
   bool waitFor(std::chrono::nanoseconds atMost) const;
 
  private:
-  friend TaskHandle startTask(Task<void> task, std::stop_source stop);
+  friend TaskHandle platform::startTask(Task<void> task, std::stop_source stop);
 
   struct State {
     std::stop_source stop;
@@ -37,4 +46,5 @@ class TaskHandle {
   std::shared_ptr<State> state_;
 };
 
+}  // namespace v0
 }  // namespace quenwick::platform

@@ -4,6 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "quenwick/platform/Export.h"
+
 namespace quenwick::platform {
 
 /// Whether the bytes are well-formed UTF-8. A zero byte is a character like another.
@@ -34,7 +36,7 @@ std::string base64Encoded(std::string_view bytes);
 std::string sha256(std::string_view bytes);
 
 /// Lower case of the ASCII letters; other bytes stay. The same in every locale.
-std::string lowercased(std::string_view text);
+QUENWICK_TOOLKIT_EXPORT std::string lowercased(std::string_view text);
 
 /// Whether the texts are equal but for the case of ASCII letters.
 bool equalsIgnoringCase(std::string_view left, std::string_view right);

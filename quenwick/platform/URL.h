@@ -5,11 +5,13 @@
 #include <string_view>
 #include <utility>
 
-namespace quenwick::platform {
+#include "quenwick/platform/Export.h"
+
+namespace quenwick::platform::inline v0 {
 
 /// A URL by RFC 3986, absolute or relative, of any scheme. Its text is kept to the letter; the
 /// parts are views of that text, percent-encoded as they stand there.
-class URL {
+class QUENWICK_EXPORT URL {
  public:
   /// None where the text is empty, is not UTF-8, holds a blank or a control character, or breaks
   /// the grammar (a port that is none, an open bracket). A stray % is let through.
@@ -55,4 +57,4 @@ class URL {
   int port_ = -1;
 };
 
-}  // namespace quenwick::platform
+}  // namespace quenwick::platform::inline v0

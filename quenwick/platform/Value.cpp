@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace quenwick::platform {
+namespace quenwick::platform::inline v0 {
 
 Dictionary::Dictionary() = default;
 Dictionary::Dictionary(const Dictionary&) = default;
@@ -54,4 +54,4 @@ void Dictionary::remove(std::string_view key) {
   std::erase_if(entries_, [key](const Entry& entry) { return entry.key == key; });
 }
 
-}  // namespace quenwick::platform
+}  // namespace quenwick::platform::inline v0

@@ -10,7 +10,9 @@
 #include <variant>
 #include <vector>
 
-namespace quenwick::platform {
+#include "quenwick/platform/Export.h"
+
+namespace quenwick::platform::inline v0 {
 
 class Value;
 
@@ -19,7 +21,7 @@ using List = std::vector<Value>;
 
 /// A map of text to any value that keeps the order in which its keys were first set. Written in
 /// braces: `{{"id", 42}, {"price", 3.5}}`; of equal keys the last value holds.
-class Dictionary {
+class QUENWICK_EXPORT Dictionary {
  public:
   struct Entry;
   using Iterator = std::vector<Entry>::const_iterator;
@@ -57,7 +59,7 @@ class Dictionary {
 };
 
 /// Any value that JSON or a property list can hold. Integers keep their 64 bits and their sign.
-class Value {
+class QUENWICK_EXPORT Value {
  public:
   using Storage = std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double,
                                std::string, List, Dictionary>;
@@ -101,4 +103,4 @@ struct Dictionary::Entry {
   friend bool operator==(const Entry&, const Entry&) = default;
 };
 
-}  // namespace quenwick::platform
+}  // namespace quenwick::platform::inline v0

@@ -5,9 +5,9 @@
 
 #include "quenwick/client/Lifecycle.h"
 #include "quenwick/client/QWClient.h"
+#include "quenwick/client/Version.h"
 #include "quenwick/platform/JSONSerialization.h"
 #include "quenwick/platform/Text.h"
-#include "quenwick/resources/LibraryBundle.h"
 #include "quenwick/runtime/Handles.h"
 #include "quenwick/runtime/RuntimeConfiguration.h"
 #include "quenwick/runtime/Selectors.h"
@@ -120,9 +120,7 @@ bool shutDown(std::chrono::milliseconds atMost) {
 using namespace quenwick::runtime;
 
 const char* quenwick_version(void) {
-  static const auto& version =
-      *new auto(quenwick::libraryBundle().text("CFBundleShortVersionString").value_or(""));
-  return version.c_str();
+  return quenwick::version().data();  // which ends with a zero byte
 }
 
 void quenwick_free(char* text) { std::free(text); }

@@ -8,7 +8,7 @@
 #include "quenwick/ui_gtk/Pasteboard_gtk.h"
 #include "quenwick/ui_gtk/quenwick-ui.h"
 
-namespace quenwick::ui {
+namespace quenwick::ui::inline v0 {
 
 bool install(const Options& options) {
   static std::atomic<bool> isInstalled = false;
@@ -20,4 +20,4 @@ bool install(const Options& options) {
   return true;
 }
 
-}  // namespace quenwick::ui
+}  // namespace quenwick::ui::inline v0

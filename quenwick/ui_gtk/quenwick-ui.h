@@ -3,9 +3,11 @@
 // The window toolkit of the library: in-app views, the clipboard and the main actor on GTK 4 and
 // WebKitGTK 6.0. For applications with windows; those without one need nothing of it.
 
+#include "quenwick/platform/Export.h"
+
 typedef struct _WebKitNetworkSession WebKitNetworkSession;
 
-namespace quenwick::ui {
+namespace quenwick::ui::inline v0 {
 
 struct Options {
   /// Lets the person inspect pages by the context menu. For development.
@@ -23,6 +25,6 @@ struct Options {
 /// Called once, on the thread that runs GTK's main loop, when GTK is initialised (in the startup or
 /// activate handler of a GtkApplication) and before the first view is shown. False, and nothing
 /// changed, the second time.
-bool install(const Options& options = {});
+QUENWICK_EXPORT bool install(const Options& options = {});
 
-}  // namespace quenwick::ui
+}  // namespace quenwick::ui::inline v0

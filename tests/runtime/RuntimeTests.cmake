@@ -1,9 +1,4 @@
-# The C functions in a shared library, which a program opens that has nothing else of the library.
-file(GENERATE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/runtime_for_tests.cpp" CONTENT "")
-add_library(quenwick_runtime_for_tests SHARED "${CMAKE_CURRENT_BINARY_DIR}/runtime_for_tests.cpp")
-target_link_libraries(quenwick_runtime_for_tests
-  PRIVATE quenwick_flags "$<LINK_LIBRARY:WHOLE_ARCHIVE,quenwick_runtime>")
-
+# The C functions, as a program finds them that opens the shared library.
 add_executable(runtime_tests
   runtime/BadInputTest.cpp runtime/PythonTest.cpp runtime/SelectorsTest.cpp runtime/SessionTest.cpp
   support/Program.cpp)
@@ -23,10 +18,10 @@ if(QUENWICK_SANITIZE)
     OUTPUT_VARIABLE sanitizer_runtime OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 endif()
 target_compile_definitions(runtime_tests PRIVATE
-  RUNTIME_LIBRARY="$<TARGET_FILE:quenwick_runtime_for_tests>"
+  RUNTIME_LIBRARY="$<TARGET_FILE:quenwick>"
   SANITIZER_RUNTIME="${sanitizer_runtime}"
   PYTHON_EXAMPLE="${PROJECT_SOURCE_DIR}/examples/python/quenwick_session.py")
-add_dependencies(runtime_tests quenwick_runtime_for_tests)
+add_dependencies(runtime_tests quenwick)
 gtest_discover_tests(runtime_tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
 
 foreach(compiler gcc clang-19)

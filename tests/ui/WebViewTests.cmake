@@ -4,7 +4,7 @@
 pkg_check_modules(XTEST REQUIRED IMPORTED_TARGET xtst x11 cairo)
 
 add_executable(ui_host ui/host.cpp)
-target_link_libraries(ui_host PRIVATE quenwick_test_support quenwick_ui quenwick-ui PkgConfig::GTK)
+target_link_libraries(ui_host PRIVATE quenwick_test_support quenwick_ui quenwick_ui_gtk PkgConfig::GTK)
 quenwick_program(ui_host)
 
 add_library(quenwick_ui_test_support STATIC ui/ChildProcess.cpp ui/Display.cpp ui/Host.cpp)

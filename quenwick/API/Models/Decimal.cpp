@@ -6,7 +6,7 @@
 #include <system_error>
 #include <utility>
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 namespace {
 
 constexpr std::size_t kMaximumDigits = 38;
@@ -112,4 +112,4 @@ std::strong_ordering operator<=>(const Decimal& left, const Decimal& right) {
   return isNegative(a) ? compareMagnitudes(b.substr(1), a.substr(1)) : compareMagnitudes(a, b);
 }
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

@@ -6,7 +6,9 @@
 #include <string>
 #include <string_view>
 
-namespace quenwick {
+#include "quenwick/platform/Export.h"
+
+namespace quenwick::inline v0 {
 
 /// The types that hold whole numbers of up to 64 bits; flags and characters are none.
 template <class Number>
@@ -17,7 +19,7 @@ concept Integer = std::integral<Number> && sizeof(Number) <= 8 && !std::same_as<
 
 /// A decimal number, as amounts of money are kept: up to 38 significant digits, times a power of
 /// ten from -128 to 127. For holding, comparing and printing; it does no arithmetic.
-class Decimal {
+class QUENWICK_EXPORT Decimal {
  public:
   /// Zero.
   Decimal() = default;
@@ -40,4 +42,4 @@ class Decimal {
   std::string text_ = "0";  // equal numbers have equal texts
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

@@ -5,13 +5,14 @@
 #include <string>
 
 #include "quenwick/API/Models/Price.h"
+#include "quenwick/platform/Export.h"
 #include "quenwick/platform/URL.h"
 #include "quenwick/platform/Value.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// A line of an order.
-struct OrderCompletedProduct {
+struct QUENWICK_EXPORT OrderCompletedProduct {
   std::string id;
   std::optional<std::string> title = {};
   std::optional<platform::URL> url = {};
@@ -31,4 +32,4 @@ struct OrderCompletedProduct {
   friend bool operator==(const OrderCompletedProduct&, const OrderCompletedProduct&) = default;
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

@@ -5,11 +5,12 @@
 #include <vector>
 
 #include "quenwick/API/Models/OrderCompletedProduct.h"
+#include "quenwick/platform/Export.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// A completed order.
-struct OrderCompletedProperties {
+struct QUENWICK_EXPORT OrderCompletedProperties {
   std::optional<std::string> id = {};
   std::optional<Price> revenue = {};
   std::vector<OrderCompletedProduct> products = {};
@@ -28,4 +29,4 @@ struct OrderCompletedProperties {
                          const OrderCompletedProperties&) = default;
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

@@ -8,14 +8,15 @@
 #include <utility>
 
 #include "quenwick/API/Models/Decimal.h"
+#include "quenwick/platform/Export.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// A price or revenue, carried as text. Text stands as it is given ("3.1"), a `Decimal` in its own
 /// description; other numbers get two decimals and a point in every locale: 5 is "5.00" to the last
 /// of 64 bits, 3.14159 is "3.14". A number is rounded as it is held: 1.005, a little less than
 /// that, is "1.00".
-class Price {
+class QUENWICK_EXPORT Price {
  public:
   Price(const char* text);
   Price(std::nullptr_t) = delete;
@@ -38,4 +39,4 @@ class Price {
   std::optional<std::string> text_;
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

@@ -3,13 +3,14 @@
 #include <optional>
 #include <string>
 
+#include "quenwick/platform/Export.h"
 #include "quenwick/platform/URL.h"
 #include "quenwick/platform/Value.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// A category of products.
-struct ProductCategory {
+struct QUENWICK_EXPORT ProductCategory {
   std::string id;
   std::optional<std::string> title = {};
   std::optional<platform::URL> url = {};
@@ -26,4 +27,4 @@ struct ProductCategory {
   friend bool operator==(const ProductCategory&, const ProductCategory&) = default;
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

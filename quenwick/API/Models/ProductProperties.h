@@ -6,13 +6,14 @@
 
 #include "quenwick/API/Models/Price.h"
 #include "quenwick/API/Models/ProductCategory.h"
+#include "quenwick/platform/Export.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// A product that was viewed, added or removed:
 ///
 ///     ProductProperties{.id = "42", .title = "Boots", .price = 89.9}
-struct ProductProperties {
+struct QUENWICK_EXPORT ProductProperties {
   std::string id;
   std::optional<std::string> title = {};
   std::optional<Price> price = {};
@@ -34,4 +35,4 @@ struct ProductProperties {
   friend bool operator==(const ProductProperties&, const ProductProperties&) = default;
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0

@@ -3,13 +3,14 @@
 #include <optional>
 #include <string>
 
+#include "quenwick/platform/Export.h"
 #include "quenwick/platform/URL.h"
 #include "quenwick/platform/Value.h"
 
-namespace quenwick {
+namespace quenwick::inline v0 {
 
 /// A search for products.
-struct ProductSearchedProperties {
+struct QUENWICK_EXPORT ProductSearchedProperties {
   std::string query;
   std::optional<platform::URL> url = {};
 
@@ -26,4 +27,4 @@ struct ProductSearchedProperties {
                          const ProductSearchedProperties&) = default;
 };
 
-}  // namespace quenwick
+}  // namespace quenwick::inline v0
