@@ -64,14 +64,16 @@ int run() {
   auto session = platform::URLSession::make(configuration, URLSessionRedirectDelegate::shared());
   CurlChain curl(configuration, HTTPHeader::defaultUserAgent().value);
 
-  Comparison warm{.name = "chain of three redirects, warm",
-                  .target = 1.25,
+  Comparison warm{.table = "compared",
+                  .name = "chain of three redirects, warm connection",
+                  .target = Target{1.25},
                   .rounds = 40,
                   .repeats = 50,
                   .ours = [&] { return resolve(session); },
                   .theirs = [&] { return loaded(curl, 1); }};
-  Comparison cold{.name = "chain of three redirects, cold",
-                  .target = 1.10,
+  Comparison cold{.table = "compared",
+                  .name = "chain of three redirects, new connection",
+                  .target = Target{1.10},
                   .rounds = 300,
                   .ours = warm.ours,
                   .theirs = warm.theirs,
@@ -79,15 +81,15 @@ int run() {
                     platform::URLSession::closeIdleConnections();
                     curl.forgetConnections();
                   }};
-  Comparison many{.name = "200 resolutions at once",
-                  .target = 1.50,
+  Comparison many{.table = "compared",
+                  .name = "200 resolutions at once",
+                  .target = Target{1.50},
                   .rounds = 30,
                   .ours = [&] { return resolveAtOnce(session); },
                   .theirs = [&] { return loaded(curl, kAtOnce); }};
   bool isComplete = true;
   for (const auto* comparison : {&warm, &cold, &many}) isComplete &= compare(*comparison);
-  if (!isKept())
-    std::printf("what the chains carried was not kept: the figures above do not count\n");
+  if (!isKept()) std::fputs("what the chains carried was not kept\n", stderr);
   return isComplete && isKept() ? 0 : 1;
 }
 

@@ -36,12 +36,17 @@ http {
     keepalive_requests 1000000000;
     keepalive_timeout 600;
     location / {
-      default_type application/json;
-      return 200 '{"message":"accepted","request_id":"5f0c"}';
+      ANSWER
     }
   }
 }
 )";
+constexpr auto kAcknowledge = R"(default_type application/json;
+      return 200 '{"message":"accepted","request_id":"5f0c"}';)";
+constexpr auto kHandOn = R"(proxy_http_version 1.1;
+      proxy_set_header Host $host;
+      proxy_set_header Connection "";
+      proxy_pass http://127.0.0.1:)";
 
 sockaddr_in localAddress(std::uint16_t port) {
   sockaddr_in address{};
@@ -75,7 +80,8 @@ void awaitServer(std::uint16_t port) {
 
 }  // namespace
 
-HTTP2Server::HTTP2Server(const std::string& host) : host_(host), port_(SilentServer().port()) {
+HTTP2Server::HTTP2Server(std::vector<std::string> hosts, std::optional<std::uint16_t> behind)
+    : hosts_(std::move(hosts)), behind_(behind), port_(SilentServer().port()) {
   writeCertificate();
   writeConfiguration();
   server_ = std::make_unique<tests::Daemon>(
@@ -86,7 +92,7 @@ HTTP2Server::HTTP2Server(const std::string& host) : host_(host), port_(SilentSer
 
 void HTTP2Server::writeCertificate() const {
   auto authority = sandbox::CertificateAuthority::inFolder(folder_.path() / "authority");
-  auto own = authority.certificate({host_});
+  auto own = authority.certificate(hosts_);
   auto write = [&](const char* name, auto writeTo) {
     std::unique_ptr<BIO, int (*)(BIO*)> file(BIO_new_file((folder_.path() / name).c_str(), "w"),
                                              BIO_free);
@@ -100,7 +106,11 @@ void HTTP2Server::writeCertificate() const {
 
 void HTTP2Server::writeConfiguration() const {
   std::string text = kConfiguration;
-  text.replace(text.find("PORT"), 4, std::to_string(port_));
+  auto replace = [&](std::string_view name, const std::string& by) {
+    text.replace(text.find(name), name.size(), by);
+  };
+  replace("PORT", std::to_string(port_));
+  replace("ANSWER", behind_ ? kHandOn + std::to_string(*behind_) + ";" : kAcknowledge);
   std::ofstream(folder_.path() / "nginx.conf") << text;
 }
 
@@ -108,7 +118,9 @@ platform::URLSessionConfiguration HTTP2Server::configuration() const {
   platform::URLSessionConfiguration configuration;
   std::ifstream authority(folder_.path() / "authority" / "ca.pem", std::ios::binary);
   configuration.additionalTrustAnchors = {std::istreambuf_iterator<char>(authority), {}};
-  configuration.connectTo.push_back({host_, 443, "127.0.0.1", port_});
+  for (const auto& host : hosts_) {
+    configuration.connectTo.push_back({host, 443, "127.0.0.1", port_});
+  }
   return configuration;
 }
 

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
+
+#include "bench/support/Row.h"
 
 namespace quenwick::bench {
 
@@ -9,15 +12,19 @@ namespace quenwick::bench {
 using Side = std::function<bool()>;
 
 struct Comparison {
+  std::string table;
   std::string name;
   /// What the other side is.
-  std::string other = "curl";
-  /// The largest ratio of ours to theirs that is asked for.
-  double target = 0;
+  std::string other = "plain libcurl";
+  std::optional<Target> target = {};
   int rounds = 0;
   /// How often a side does the work in one go: what the other side leaves behind in the machine
   /// (a processor that is awake, one that sleeps) must not decide.
   int repeats = 1;
+  /// How many pieces one go of the work has. The figure is the time for one; or, with `isRate`,
+  /// how many a second were done.
+  double pieces = 1;
+  bool isRate = false;
   Side ours;
   Side theirs;
   /// Brings both sides into the same state before every round of one; not measured.
@@ -25,8 +32,8 @@ struct Comparison {
 };
 
 /// Runs both sides in turn, as many rounds as asked after one that is not counted, and prints the
-/// medians, the ratio (the median of the rounds' ratios) and whether the target is met. Without
-/// the right outcome in every round no figure is printed. Whether there was a figure.
+/// row: the medians, and the ratio, which is the median of the rounds' ratios. Without the right
+/// outcome in every round no row is printed. Whether there was one.
 bool compare(const Comparison& comparison);
 
 }  // namespace quenwick::bench

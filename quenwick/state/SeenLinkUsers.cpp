@@ -1,5 +1,6 @@
 #include "quenwick/state/SeenLinkUsers.h"
 
+#include <cstddef>
 #include <utility>
 
 #include "quenwick/CoreData/DeeplinkQWU.h"
@@ -7,6 +8,12 @@
 #include "quenwick/platform/ManagedObjectContext.h"
 
 namespace quenwick {
+namespace {
+
+// A context looks through all that it holds for each note: more at once would cost more for each.
+constexpr std::size_t kMostAtOnce = 100;
+
+}  // namespace
 
 void SeenLinkUsers::note(std::string value, platform::Date seenAt,
                          const std::shared_ptr<platform::ManagedObjectContext>& context) {
@@ -17,10 +24,18 @@ void SeenLinkUsers::note(std::string value, platform::Date seenAt,
   context->perform([self = shared_from_this(), context] { self->write(*context); });
 }
 
+/// Some of the notes that wait for the store: every one that waits has work posted that comes here.
 std::vector<SeenLinkUsers::Note> SeenLinkUsers::takeNotes(const platform::PersistentStore& store) {
+  std::vector<Note> taken;
   std::lock_guard lock(mutex_);
-  auto notes = waiting_.extract(&store);
-  return notes ? std::move(notes.mapped()) : std::vector<Note>();
+  auto found = waiting_.find(&store);
+  if (found == waiting_.end()) return taken;
+  auto& notes = found->second;
+  for (; !notes.empty() && taken.size() < kMostAtOnce; notes.pop_front()) {
+    taken.push_back(std::move(notes.front()));
+  }
+  if (notes.empty()) waiting_.erase(found);
+  return taken;
 }
 
 void SeenLinkUsers::write(platform::ManagedObjectContext& context) {

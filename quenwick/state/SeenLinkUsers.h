@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -16,7 +17,7 @@ class PersistentStore;
 }  // namespace platform
 
 /// Notes in the link-user store when which link user was seen. Notes that wait for the same store
-/// are written by one transaction. From any thread.
+/// are written together, so many by one transaction. From any thread.
 class SeenLinkUsers : public std::enable_shared_from_this<SeenLinkUsers> {
  public:
   /// Returns at once; the note is written on the context's queue.
@@ -32,7 +33,7 @@ class SeenLinkUsers : public std::enable_shared_from_this<SeenLinkUsers> {
   void write(platform::ManagedObjectContext& context);
 
   std::mutex mutex_;
-  std::map<const platform::PersistentStore*, std::vector<Note>> waiting_;
+  std::map<const platform::PersistentStore*, std::deque<Note>> waiting_;
 };
 
 }  // namespace quenwick
