@@ -133,7 +133,8 @@ class QUENWICK_EXPORT Value {
     return std::get_if<Kind>(&storage_);
   }
 
-  friend bool operator==(const Value&, const Value&);
+  /// Whether both are of one kind and hold the same.
+  QUENWICK_EXPORT friend bool operator==(const Value& left, const Value& right);
 
  private:
   /// Whether there are values within.
