@@ -77,23 +77,23 @@ void Value::copyNested(const Value& other) {
   }
 }
 
-bool operator==(const Value& left, const Value& right) {
+bool Value::operator==(const Value& other) const {
   std::vector<std::pair<const Value*, const Value*>> rest;
-  auto mayEqual = [&rest](const Value& one, const Value& other) {
-    if (!one.isNested() || !other.isNested()) return one.storage_ == other.storage_;
-    rest.emplace_back(&one, &other);
+  auto mayEqual = [&rest](const Value& one, const Value& two) {
+    if (!one.isNested() || !two.isNested()) return one.storage_ == two.storage_;
+    rest.emplace_back(&one, &two);
     return true;
   };
-  auto mayEqualInKey = [&](const Dictionary::Entry& one, const Dictionary::Entry& other) {
-    return one.key == other.key && mayEqual(one.value, other.value);
+  auto mayEqualInKey = [&](const Dictionary::Entry& one, const Dictionary::Entry& two) {
+    return one.key == two.key && mayEqual(one.value, two.value);
   };
-  bool isSame = mayEqual(left, right);
+  bool isSame = mayEqual(*this, other);
   while (isSame && !rest.empty()) {
-    auto [one, other] = rest.back();
+    auto [one, two] = rest.back();
     rest.pop_back();
-    if (one->storage_.index() != other->storage_.index()) return false;
-    isSame = one->as<List>() ? std::ranges::equal(*one->as<List>(), *other->as<List>(), mayEqual)
-                             : std::ranges::equal(*one->as<Dictionary>(), *other->as<Dictionary>(),
+    if (one->storage_.index() != two->storage_.index()) return false;
+    isSame = one->as<List>() ? std::ranges::equal(*one->as<List>(), *two->as<List>(), mayEqual)
+                             : std::ranges::equal(*one->as<Dictionary>(), *two->as<Dictionary>(),
                                                   mayEqualInKey);
   }
   return isSame;

@@ -134,7 +134,7 @@ class QUENWICK_EXPORT Value {
   }
 
   /// Whether both are of one kind and hold the same.
-  QUENWICK_EXPORT friend bool operator==(const Value& left, const Value& right);
+  bool operator==(const Value& other) const;
 
  private:
   /// Whether there are values within.
