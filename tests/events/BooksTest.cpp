@@ -183,11 +183,11 @@ TEST_F(BooksTest, AnEventThatTheServiceAcknowledgesAndLosesIsFound) {
 TEST_F(BooksTest, AnEventThatHasNotEndedIsFound) {
   service_.setFaults(R"([{"delay": 3600000, "times": 1}])");
   start();
-  manager_->logCustomEvent("stuck", {});
-  manager_->logCustomEvent("sent", {});
-  EXPECT_TRUE(log_->waitFor("Event: sent Status: Success"));
+  manager_->logCustomEvent("one", {});
+  manager_->logCustomEvent("another", {});
+  EXPECT_TRUE(log_->waitFor(" Status: Success"));
   EXPECT_EQ(
-      differences(manager_->counts(), {"stuck", "sent"}, namesOf(service_.events())),
+      differences(manager_->counts(), {"one", "another"}, namesOf(service_.events())),
       (std::vector<std::string>{"an event has not ended", "the service and the books differ"}));
 }
 
