@@ -2,13 +2,14 @@
 
 PRESET ?= debug
 
-.PHONY: help bootstrap build test demo bench faults format lint check clean
+.PHONY: help bootstrap build test demo bench faults coverage format lint check clean
 
 help:
 	@echo "make demo     build, and resolve tracking links against the local sandbox"
 	@echo "make test     build and run all tests (PRESET=asan-ubsan, tsan or release for those)"
 	@echo "make bench    run the benchmarks (optimised build)"
 	@echo "make faults   hosts live among faults of all they stand on (SECONDS=60, SEED=n)"
+	@echo "make coverage run the tests and print which lines and branches of quenwick/ they reach"
 	@echo "make check    format, lint, build and test, as CI does"
 
 bootstrap:
@@ -33,6 +34,10 @@ SECONDS ?= 60
 faults: build
 	tests/faults/faults.py $(SECONDS) build/$(PRESET)/tests/life \
 	  build/$(PRESET)/sandbox/quenwick-sandbox $(if $(SEED),--seed $(SEED))
+
+coverage:
+	@$(MAKE) --no-print-directory test PRESET=coverage
+	@scripts/coverage build/coverage
 
 format: bootstrap
 	@scripts/sources | xargs clang-format-19 -i
