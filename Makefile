@@ -2,7 +2,7 @@
 
 PRESET ?= debug
 
-.PHONY: help bootstrap build test demo bench faults packages docs demo-ui format lint check clean
+.PHONY: help bootstrap build test demo bench faults packages docs demo-ui coverage format lint check clean
 
 help:
 	@echo "make demo     build a shop and the sandbox; what the one does, and what arrives at the other"
@@ -12,6 +12,7 @@ help:
 	@echo "make bench    run the benchmarks (optimised build)"
 	@echo "make faults   hosts live among faults of all they stand on (SECONDS=60, SEED=n)"
 	@echo "make docs     make the API reference, build/docs/html/index.html"
+	@echo "make coverage run the tests and print which lines and branches of quenwick/ they reach"
 	@echo "make check    format, lint, build and test, as CI does"
 
 bootstrap:
@@ -52,6 +53,9 @@ faults: build
 docs: bootstrap
 	@scripts/reference
 	@echo build/docs/html/index.html
+coverage:
+	@$(MAKE) --no-print-directory test PRESET=coverage
+	@scripts/coverage build/coverage
 
 format: bootstrap
 	@scripts/sources | xargs clang-format-19 -i
