@@ -84,7 +84,8 @@ class Load {
 
   Easy handle_;
   std::shared_ptr<HTTPURLResponse> response_;
-  bool isSet_ = false;  // method and headers are with the handle
+  bool isAway_ = false;  // a redirect led to another server
+  bool isSet_ = false;   // method and headers are with the handle
   bool isHeadComplete_ = false;
   Bytes body_;
   bool isBodyTooLong_ = false;
