@@ -12,7 +12,8 @@
 namespace quenwick::platform {
 
 /// What a publisher calls: `receive` with each value, then `complete` once, with what it failed
-/// with or with null. Calls come one at a time.
+/// with or with null. Calls come one at a time. What `receive` throws is the last: `complete` gets
+/// it, as it is.
 template <class T>
 struct Subscriber {
   std::function<void(T)> receive;
@@ -37,7 +38,10 @@ class FailingPublisher {
   /// Calls the subscriber until the stream has ended or what is returned is destroyed. On which
   /// thread is told by who offers the publisher; it may be this one, inside `subscribe`.
   Cancellable subscribe(Subscriber<T> subscriber) const {
-    return subscribe_(std::move(subscriber));
+    auto guard = std::make_shared<Guard>(std::move(subscriber));
+    return subscribe_(
+        {.receive = [guard](T value) { guard->receive(std::move(value)); },
+         .complete = [guard](const std::exception_ptr& failure) { guard->complete(failure); }});
   }
 
   /// Each value as `transform` makes it. What `transform` throws ends the stream.
@@ -75,6 +79,26 @@ class FailingPublisher {
   }
 
  private:
+  /// The subscriber at the end of all steps, which none of them is to hear of.
+  struct Guard {
+    explicit Guard(Subscriber<T> toCall) : subscriber(std::move(toCall)) {}
+
+    void receive(T&& value) {
+      if (hasEnded) return;
+      try {
+        subscriber.receive(std::move(value));
+      } catch (...) {
+        complete(std::current_exception());
+      }
+    }
+    void complete(const std::exception_ptr& failure) {
+      if (!std::exchange(hasEnded, true)) subscriber.complete(failure);
+    }
+
+    Subscriber<T> subscriber;
+    bool hasEnded = false;
+  };
+
   template <class Mapped, class Transform>
   struct Mapper {
     Mapper(Transform toApply, Subscriber<Mapped> toCall)

@@ -100,7 +100,11 @@ Load::Easy Load::takeDown() {
 
 /// Takes the hop that comes next.
 void Load::setNext(URLRequest request) {
-  isSet_ = isSet_ && request.httpMethod == request_.httpMethod &&
+  bool wasAway = isAway_;
+  bool isOther = !configuration_->additionalHeaders.empty() && request.url && request_.url &&
+                 request.url->origin() != request_.url->origin();
+  isAway_ = wasAway || isOther;
+  isSet_ = isSet_ && isAway_ == wasAway && request.httpMethod == request_.httpMethod &&
            request.headerFields == request_.headerFields && !request.httpBody &&
            !request_.httpBody && request.cachePolicy == request_.cachePolicy;
   request_ = std::move(request);
@@ -135,11 +139,13 @@ void Load::setMethod() {
   curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, isPlain ? nullptr : method.c_str());
 }
 
-/// The fields of the request, of its session, and of what they ask of caches.
+/// The fields of the request, of its session, and of what they ask of caches. The session's
+/// credentials are for the server that was asked first.
 HeaderFields Load::allFields() const {
   auto fields = request_.headerFields;
   for (const auto& field : configuration_->additionalHeaders) {
-    if (!headerField(fields, field.first)) fields.push_back(field);
+    bool isForOther = isAway_ && isCredentialField(field.first);
+    if (!isForOther && !headerField(fields, field.first)) fields.push_back(field);
   }
   bool asksCaches = request_.cachePolicy != CachePolicy::useProtocolCachePolicy ||
                     configuration_->cachePolicy != CachePolicy::useProtocolCachePolicy;

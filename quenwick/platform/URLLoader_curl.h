@@ -86,7 +86,8 @@ class Load {
 
   Easy handle_;
   std::shared_ptr<HTTPURLResponse> response_;
-  bool isSet_ = false;  // method and headers are with the handle
+  bool isAway_ = false;  // a redirect led to another server
+  bool isSet_ = false;   // method and headers are with the handle
   bool isHeadComplete_ = false;
   bool isSent_ = false;
   bool isConnectionLost_ = false;

@@ -23,6 +23,11 @@ void removeField(HeaderFields& fields, std::string_view name) {
                 [name](const auto& field) { return equalsIgnoringCase(field.first, name); });
 }
 
+/// Whether what was sent encrypted would be sent in clear.
+bool isDowngrade(const URL& from, const URL& to) {
+  return equalsIgnoringCase(from.scheme(), "https") && equalsIgnoringCase(to.scheme(), "http");
+}
+
 /// A target as servers send it: blanks and bytes beyond ASCII stand unescaped in many.
 std::string escapedTarget(std::string_view target) {
   std::string out;
@@ -45,6 +50,13 @@ const std::string* headerField(const HeaderFields& fields, std::string_view name
   return found == fields.end() ? nullptr : &found->second;
 }
 
+bool isCredentialField(std::string_view name) {
+  static constexpr std::array kNames = {"authorization", "cookie", "cookie2", "proxy-authorization",
+                                        "www-authenticate"};
+  return std::ranges::any_of(kNames,
+                             [&](const char* each) { return equalsIgnoringCase(name, each); });
+}
+
 std::optional<URLRequest> redirectedRequest(const URLRequest& request,
                                             const HTTPURLResponse& response) {
   const auto* target = headerField(response.headerFields, "Location");
@@ -60,10 +72,11 @@ std::optional<URLRequest> redirectedRequest(const URLRequest& request,
       removeField(next.headerFields, name);
     }
   }
-  for (auto name : {"authorization", "cookie"}) {
-    if (headerField(next.headerFields, name) && url->origin() != request.url->origin()) {
-      removeField(next.headerFields, name);
-    }
+  if (next.httpBody && isDowngrade(*request.url, *url)) return std::nullopt;
+  auto isCredential = [](const auto& field) { return isCredentialField(field.first); };
+  if (std::ranges::any_of(next.headerFields, isCredential) &&
+      url->origin() != request.url->origin()) {
+    std::erase_if(next.headerFields, isCredential);
   }
   next.url = std::move(url);
   return next;

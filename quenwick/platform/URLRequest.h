@@ -44,9 +44,12 @@ struct HTTPURLResponse : URLResponse {
 /// The value of the first field whose name matches without regard to case, or null.
 const std::string* headerField(const HeaderFields& fields, std::string_view name);
 
+/// Whether a field of that name carries a credential, which is for one server alone.
+bool isCredentialField(std::string_view name);
+
 /// The request that follows a redirect answered to `request`, or none where the answer is no
-/// redirect or its target does not parse. A POST becomes a GET where the status says so, and
-/// credentials stay behind where the target lies with another server.
+/// redirect, its target does not parse, or a body would leave https for http. A POST becomes a GET
+/// where the status says so, and credentials stay behind where the target lies with another server.
 std::optional<URLRequest> redirectedRequest(const URLRequest& request,
                                             const HTTPURLResponse& response);
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "quenwick/platform/JSONSerialization.h"
 #include "tests/support/SandboxService.h"
 
 namespace quenwick::platform {
@@ -21,6 +22,11 @@ constexpr auto kScenario = R"({
        {"status": 302, "to": "/b1", "body": "half of this", "cut": "during"},
        {"status": 302, "to": "/b2", "body": "no gzip", "headers": {"Content-Encoding": "gzip"}},
        {"status": 302, "to": "/b3", "repeatBody": 100000000}], "end": {"status": 200, "body": "there"}},
+    {"link": "https://a.example/away", "chain": [
+       {"status": 307, "to": "/near"}, {"status": 307, "to": "https://b.example/far"},
+       {"status": 307, "to": "https://a.example/back"}], "end": {"status": 200, "body": "back"}},
+    {"link": "https://a.example/clear", "chain": [
+       {"status": 308, "to": "http://a.example/open", "body": "in clear"}]},
     {"link": "https://a.example/slow-chain", "chain": [{"status": 302, "to": "/slow", "delay": 10}],
      "end": {"status": 200, "delay": 30000}}
   ],
@@ -176,6 +182,45 @@ TEST_F(URLSessionTest, TrustOfOneSessionIsNotAnothers) {
   EXPECT_EQ(failure("https://a.example/echo", other).first,
             URLErrorCode::serverCertificateHasUnknownRoot)
       << "the pool handed over a connection that this session would not have made";
+}
+
+TEST_F(URLSessionTest, CredentialsStayWithTheServerThatWasAskedWhoeverGaveThem) {
+  auto configuration = service_.configuration();
+  configuration.additionalHeaders = {{"Authorization", "Basic secret"}, {"X-Session", "s"}};
+  auto own = request("https://a.example/away");
+  own.headerFields = {{"Cookie", "secret=1"}};
+  own.httpMethod = "POST";
+  own.httpBody = "body";
+  auto session = URLSession::make(configuration);
+  for (int i = 0; i < 2; ++i) {  // the second time on a handle that has loaded before
+    service_.sandbox().forgetRequests();
+    EXPECT_EQ(wait(session->data(own)).data, "back");
+    auto all = JSONSerialization::parse(service_.sandbox().requests());
+    const auto& list = *all.as<Dictionary>()->find("requests")->as<List>();
+    ASSERT_EQ(list.size(), 4U);
+    for (std::size_t hop = 0; hop < list.size(); ++hop) {
+      const auto& sent = *list[hop].as<Dictionary>();
+      const auto& fields = *sent.find("headers")->as<Dictionary>();
+      bool isAtHome = hop < 2;
+      EXPECT_EQ(fields.find("Authorization") != nullptr, isAtHome) << hop;
+      EXPECT_EQ(fields.find("Cookie") != nullptr, isAtHome) << hop;
+      EXPECT_TRUE(fields.find("X-Session")) << hop;
+      EXPECT_EQ(*sent.find("body"), "body") << hop;
+    }
+  }
+}
+
+TEST_F(URLSessionTest, ABodyThatWasSentEncryptedIsNotSentInClear) {
+  auto own = request("https://a.example/clear");
+  auto session = URLSession::make(service_.configuration());
+  EXPECT_EQ(wait(session->data(own)).response->url->scheme(), "http") << "there is no body";
+  service_.sandbox().forgetRequests();
+  own.httpMethod = "POST";
+  own.httpBody = "secret";
+  auto outcome = wait(session->data(own));
+  EXPECT_EQ(dynamic_cast<const HTTPURLResponse&>(*outcome.response).statusCode, 308);
+  EXPECT_EQ(outcome.data, "in clear");
+  EXPECT_EQ(service_.received(), std::vector<std::string>{"POST a.example/clear"});
 }
 
 TEST_F(URLSessionTest, ALoopEndsAfterTwentyRedirects) {

@@ -2,8 +2,9 @@
 //   write PREFIX  writes 50 items "PREFIX0", ... with "value of PREFIX0", ..., and exits with the
 //                 number of those that were not stored
 //   die           writes the item "kept" and is killed by SIGKILL once that is reported stored
-//   loop          writes the item "kept", prints "ready" and runs a GLib main loop; once a write
-//                 fails it prints what the item reads as then, and exits
+//   loop          writes the item "kept", prints "ready" and runs a GLib main loop, in which it
+//                 writes on; once the session bus is gone it prints what the item reads as, and
+//                 exits
 
 #include <gio/gio.h>
 
@@ -50,23 +51,22 @@ int writeMany(const std::string& prefix) {
 }
 
 int runLoop() {
-  if (!write("kept", "a secret") || read("kept") != "a secret") return 3;
-  // The host's own use of the bus, as any desktop program has it; its end is the host's to decide.
-  auto* host = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
-  g_dbus_connection_set_exit_on_close(host, FALSE);
+  // The host's own use of the bus, as any desktop program has it: of the one connection that a
+  // process has, and which ends it with the bus unless somebody has said otherwise.
+  auto* bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
+  if (!bus || !write("kept", "a secret") || read("kept") != "a secret") return 3;
   auto* loop = g_main_loop_new(nullptr, FALSE);
-  g_timeout_add(
-      10,
-      [](gpointer data) -> gboolean {
-        if (write("other", "x")) return G_SOURCE_CONTINUE;
-        g_main_loop_quit(static_cast<GMainLoop*>(data));
-        return G_SOURCE_REMOVE;
-      },
-      loop);
+  auto writeOn = [](gpointer) -> gboolean { return write("other", "x") || G_SOURCE_CONTINUE; };
+  g_timeout_add(10, writeOn, nullptr);
+  // After what GLib itself does about the end.
+  auto end =
+      +[](GDBusConnection*, gboolean, GError*, GMainLoop* running) { g_main_loop_quit(running); };
+  g_signal_connect_after(bus, "closed", G_CALLBACK(end), loop);
   std::puts("ready");
   std::fflush(stdout);
   g_main_loop_run(loop);
   g_main_loop_unref(loop);
+  if (write("other", "y")) return 4;
   std::puts(read("kept").c_str());
   return 0;
 }

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <csignal>
 
 #include "quenwick/platform/JSONSerialization.h"
+#include "tests/support/Keyring.h"
 #include "tests/tools/BehaviorProgram.h"
 
 namespace quenwick::tests {
@@ -92,6 +94,33 @@ TEST_F(VerifyTest, ADeadlineEndsIt) {
   auto finished = verify("first-key", {"--json", "--timeout", "0.2"});
   EXPECT_EQ(finished.exitCode, 1);
   EXPECT_NE(finished.output.find("cancelled"), std::string::npos) << finished.output;
+}
+
+TEST_F(VerifyTest, AKeyringThatHangsEndsItSoonAndLosesNothing) {
+  Keyring keyring;
+  SessionBus bus(keyring.address());
+  auto home = home_.path().string();
+  std::vector<std::string> line{"env",
+                                "HOME=" + home,
+                                "XDG_CONFIG_HOME=" + home,
+                                "XDG_DATA_HOME=" + home,
+                                QUENWICK_PROGRAM,
+                                "verify",
+                                "--json",
+                                "--api-key",
+                                "first-key",
+                                "--service",
+                                service_.sandbox().service()};
+  for (const auto& word : service_.options()) line.push_back(word);
+  EXPECT_EQ(fromCache(runProgram(line)), false);
+  keyring.daemon().signal(SIGSTOP);
+  auto begin = std::chrono::steady_clock::now();
+  auto hanging = runProgram(line);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(15));
+  EXPECT_EQ(*json(hanging).find("error"), "Behavioral Verification failed: API Key Not Found");
+  EXPECT_NE(hanging.errors.find("The keychain is out of reach"), std::string::npos);
+  keyring.daemon().signal(SIGCONT);
+  EXPECT_EQ(fromCache(runProgram(line)), true);
 }
 
 TEST_F(VerifyTest, BadUsageExitsWithTwo) {

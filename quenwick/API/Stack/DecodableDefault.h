@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "quenwick/API/Stack/Coding.h"
+#include "quenwick/API/Stack/Hashing.h"
 
 namespace quenwick {
 
@@ -103,6 +104,6 @@ template <class Source>
 struct std::hash<quenwick::DecodableDefault::Wrapper<Source>> {
   using Wrapper = quenwick::DecodableDefault::Wrapper<Source>;
   std::size_t operator()(const Wrapper& wrapper) const {
-    return std::hash<typename Wrapper::Value>()(wrapper.wrappedValue);
+    return quenwick::hashOf(wrapper.wrappedValue);
   }
 };

@@ -12,7 +12,8 @@
 namespace quenwick {
 
 /// Parameters written as the items of a query: "a=x%20y&b%5Bc%5D=1". Keys of the map are sorted,
-/// those of maps within it stay in their order.
+/// those of maps within it stay in their order. Text that is not UTF-8 is escaped byte by byte, so
+/// that no text can add an item or break off; JSON refuses it.
 struct URLEncoding {
   /// Where they go: into the URL's query, into the body, or where the method has them.
   enum class Destination { methodDependent, queryString, httpBody };

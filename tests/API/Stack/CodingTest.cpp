@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <set>
+#include <unordered_map>
 #include <unordered_set>
 
 #include "quenwick/API/Stack/DataContainer.h"
@@ -178,6 +180,21 @@ TEST(DecodableDefaultTest, WrappersAreEqualAndHashAlikeWhenTheirValuesAre) {
   std::unordered_set<DecodableDefault::EmptyString> texts{
       {}, std::string("a"), std::string(), std::string("a")};
   EXPECT_EQ(texts.size(), 2U);
+  using Lists = DecodableDefault::EmptyList<std::vector<std::vector<int>>>;
+  std::unordered_set<Lists> lists{{}, {{{1, 2}}}, {{{2, 1}}}, {{{1}, {2}}}, {{{1, 2}}}};
+  EXPECT_EQ(lists.size(), 4U);
+  std::set<std::size_t> hashes;
+  for (const auto& list : lists) hashes.insert(std::hash<Lists>()(list));
+  EXPECT_EQ(hashes.size(), 4U);
+  using Maps = DecodableDefault::EmptyMap<std::map<std::string, int>>;
+  std::unordered_set<Maps> maps{{}, {{{"a", 1}}}, {{{"a", 2}}}, {{{"b", 1}}}, {{{"a", 1}}}};
+  EXPECT_EQ(maps.size(), 4U);
+  std::unordered_map<int, int> forward;
+  std::unordered_map<int, int> backward(1000);  // buckets, and so another order
+  for (int i = 0; i < 100; ++i) forward[i] = 7;
+  for (int i = 99; i >= 0; --i) backward[i] = 7;
+  ASSERT_EQ(forward, backward);
+  EXPECT_EQ(hashOf(forward), hashOf(backward));
   EXPECT_EQ(DecodableDefault::ZeroNumeric<int>(), DecodableDefault::ZeroNumeric<int>(0));
   EXPECT_NE(DecodableDefault::True(), DecodableDefault::True(false));
 }

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <fstream>
+#include <future>
 #include <thread>
 
 #include "quenwick/API/Stack/APISource.h"
@@ -16,6 +17,7 @@
 #include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/auth/SecureSessionData.h"
 #include "quenwick/platform/FatalError.h"
+#include "tests/support/Program.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/SandboxService.h"
 
@@ -244,12 +246,43 @@ long peakKilobytes() {
   return usage.ru_maxrss;
 }
 
+/// 100 MB of JSON that begins and does not end, compressed so many times.
+std::string zipped(int times) {
+  auto made = tests::runProgram({"python3", "-c",
+                                 "import base64, gzip, sys\n"
+                                 "data = b'[' * 100_000_000\n"
+                                 "for i in range(int(sys.argv[1])): data = gzip.compress(data)\n"
+                                 "print(base64.b64encode(data).decode(), end='')",
+                                 std::to_string(times)});
+  EXPECT_EQ(made.exitCode, 0) << made.errors;
+  return made.output;
+}
+
 TEST_F(RequesterTest, ABodyWithoutEndEndsInAnErrorWithinBoundedMemory) {
   run(get("/ok"));
   auto before = peakKilobytes();
   for (auto path : {"/huge", "/endless"}) {
     EXPECT_EQ(failure(get(path)).errorDescription(),
               "URLSessionTask failed with error: The answer is longer than allowed.");
+  }
+
+  // 100 MB as a hundred kilobytes, and as a few hundred bytes.
+  tests::SandboxService bombs(R"({"answers": [
+    {"at": "https://api.example/once", "headers": {"Content-Encoding": "gzip"}, "bodyBase64": ")" +
+                              zipped(1) + R"("},
+    {"at": "https://api.example/twice", "headers": {"Content-Encoding": "gzip, gzip"},
+     "bodyBase64": ")" + zipped(2) +
+                              R"("}]})");
+  Requester exposed(APISource::manager({.basis = bombs.configuration()}),
+                    URL::parse(kBase).value());
+  for (auto path : {"/once", "/twice"}) {
+    try {
+      platform::wait(exposed.requestAPI<Answer>(get(path)));
+      ADD_FAILURE() << path;
+    } catch (const APIError& error) {
+      EXPECT_EQ(error.errorDescription(),
+                "URLSessionTask failed with error: The answer is longer than allowed.");
+    }
   }
   EXPECT_LT(peakKilobytes() - before, kBoundKilobytes);
 
@@ -327,6 +360,40 @@ TEST_F(RequesterTest, APublisherSendsOncePerSubscriberAndNotAfterItsEnd) {
   }
   run(get("/ok"));  // the loading thread has dealt with the end by then
   EXPECT_EQ(calls, 0);
+}
+
+TEST_F(RequesterTest, ASubscriberThatThrowsIsToldOfItAsTheEndAndNobodyElseIs) {
+  std::promise<std::string> ended;
+  std::atomic<int> ends = 0;
+  auto subscription =
+      requester()
+          ->publisher<Answer>(get("/ok"))
+          .subscribe({[](const Answer&) { throw std::runtime_error("the subscriber's own"); },
+                      [&](const std::exception_ptr& failure) {
+                        if (++ends == 1)
+                          ended.set_value(platform::errorFrom(failure)->localizedDescription());
+                      }});
+  auto text = ended.get_future();
+  ASSERT_EQ(text.wait_for(std::chrono::seconds(30)), std::future_status::ready);
+  EXPECT_EQ(text.get(), "the subscriber's own");
+  run(get("/ok"));
+  EXPECT_EQ(ends, 1);
+  EXPECT_TRUE(log_->lines().empty()) << "no load has failed: " << log_->lines().front();
+}
+
+TEST_F(RequesterTest, ABodyIsNotSentInClearByARedirect) {
+  tests::SandboxService leading(R"({"links": [{"link": "https://api.example/in", "chain": [
+    {"status": 307, "to": "http://api.example/out", "body": "moved"}]}]})");
+  Requester sender(APISource::manager({.basis = leading.configuration()}),
+                   URL::parse(kBase).value());
+  BaseRequest request(HTTPMethod::post, "/in", Dictionary{{"api_key", "secret"}});
+  try {
+    platform::wait(sender.requestAPI<Answer>(request));
+    ADD_FAILURE();
+  } catch (const APIError& error) {
+    EXPECT_EQ(error.errorDescription(), "307\nmoved");
+  }
+  EXPECT_EQ(leading.received(), Lines{"POST api.example/in"});
 }
 
 TEST_F(RequesterTest, ManyRequestsAtOnceEachGetTheirAnswer) {
