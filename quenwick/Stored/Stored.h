@@ -69,6 +69,12 @@ class StoredOptional {
     subject_.send(std::move(value));
   }
 
+  /// As `setWrappedValue` with none, but nothing is written where nothing is stored.
+  void clear() {
+    if (userDefaults_.object(key_)) remove(userDefaults_, key_);
+    subject_.send(std::nullopt);
+  }
+
   /// The current value, then each one assigned through this wrapper.
   platform::AnyPublisher<std::optional<T>> projectedValue() const { return subject_.publisher(); }
 

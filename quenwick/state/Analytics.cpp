@@ -111,8 +111,8 @@ std::optional<std::string> Analytics::rulesPicKey() {
   if (expiry && *expiry > platform::secondsSince1970(clock_->now())) {
     return rulesPicKey_.wrappedValue();
   }
-  rulesPicKey_.setWrappedValue(std::nullopt);
-  rulesPicKeyExpiresAt_.setWrappedValue(std::nullopt);
+  rulesPicKey_.clear();
+  rulesPicKeyExpiresAt_.clear();
   return std::nullopt;
 }
 

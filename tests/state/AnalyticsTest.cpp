@@ -7,6 +7,7 @@
 #include "quenwick/CoreData/CoreDataManager.h"
 #include "quenwick/CoreData/DeeplinkQWU.h"
 #include "quenwick/CoreData/ManagedObjectType.h"
+#include "quenwick/platform/GenerationCounter.h"
 #include "quenwick/platform/ManagedObjectContext.h"
 #include "quenwick/platform/Writer.h"
 #include "tests/support/ManualClock.h"
@@ -91,6 +92,17 @@ TEST_F(AnalyticsTest, AKeyWithoutAnExpiryIsNoKey) {
   defaults_.setObject(std::string("deadbeef"), "com.quenwick.sdk.rp_key");
   EXPECT_EQ(analytics_.rulesPicKey(), std::nullopt);
   EXPECT_EQ(defaults_.object("com.quenwick.sdk.rp_key"), std::nullopt);
+}
+
+// An order of an install without a rules key costs no write.
+TEST_F(AnalyticsTest, ToFindNoRulesKeyWritesNothing) {
+  analytics_.anonymousID();
+  defaults_.synchronize();
+  platform::GenerationCounter writes(file_.string() + ".generation");
+  auto before = writes.value();
+  EXPECT_EQ(analytics_.rulesPicKey(), std::nullopt);
+  defaults_.synchronize();
+  EXPECT_EQ(writes.value(), before);
 }
 
 TEST_F(AnalyticsTest, ALinksIdentifierIsNotedOnceWithTheTimeItWasLastSeen) {
