@@ -7,6 +7,7 @@
 #include "quenwick/CoreData/DeeplinkQWU.h"
 #include "quenwick/platform/Error.h"
 #include "quenwick/platform/HostConfiguration.h"
+#include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/ManagedObjectModel.h"
 #include "quenwick/platform/Text.h"
 #include "quenwick/resources/LibraryBundle.h"
@@ -41,6 +42,7 @@ std::shared_ptr<platform::PersistentContainer> makeContainer(
 }  // namespace
 
 CoreDataManager& CoreDataManager::shared() {
+  platform::HeldLog held;
   static auto& instance = *new CoreDataManager(libraryBundle(), platform::storesDirectory());
   return instance;
 }

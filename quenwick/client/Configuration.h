@@ -46,13 +46,14 @@ struct Configuration {
   /// Runs work later, in order and one at a time, on the thread on which the host's handlers are to
   /// be called: its main loop. Without one the library has a thread of its own for that.
   std::function<void(std::function<void()> work)> mainExecutor = {};
-  /// Takes what is logged, from any thread, several calls at once. It may call the library; what
-  /// is logged meanwhile goes to standard error.
+  /// Takes what is logged, from any thread, several calls at once. It may call the library, but not
+  /// wait for it (`flush`, a future); what is logged meanwhile goes to standard error.
   std::function<void(LogLevel level, std::string_view message)> logHook = {};
 };
 
-/// Sets the configuration of the process: once, before the first use of `QWClient`. False, and an
-/// error line, where that is too late or a value is no use; then nothing has changed.
+/// Sets the configuration of the process, before the first use of `QWClient`. Called twice before
+/// that, the second replaces the first. False, and an error line, where it is too late or a value
+/// is no use; then nothing has changed. Nothing of it is read from the environment.
 QUENWICK_EXPORT bool configure(Configuration configuration);
 
 }  // namespace quenwick::inline v0

@@ -20,17 +20,21 @@ void callCompatibly(const DeeplinkCompatibilityHandler& handler, const DeeplinkR
 
 void DeeplinkHandlers::setHandler(DeeplinkHandler handler) {
   std::lock_guard lock(mutex_);
-  handler_.swap(handler);
+  if (!isReleased_) handler_.swap(handler);
 }
 
 void DeeplinkHandlers::setCompatibilityHandler(DeeplinkCompatibilityHandler handler) {
   std::lock_guard lock(mutex_);
-  compatibilityHandler_.swap(handler);
+  if (!isReleased_) compatibilityHandler_.swap(handler);
 }
 
 void DeeplinkHandlers::release() {
-  setHandler(nullptr);
-  setCompatibilityHandler(nullptr);
+  DeeplinkHandler handler;
+  DeeplinkCompatibilityHandler compatibilityHandler;
+  std::lock_guard lock(mutex_);
+  isReleased_ = true;
+  handler.swap(handler_);
+  compatibilityHandler.swap(compatibilityHandler_);
 }
 
 void DeeplinkHandlers::call(const DeeplinkResult& result) const {

@@ -11,6 +11,8 @@ class DeeplinkHandlers {
  public:
   void setHandler(DeeplinkHandler handler);
   void setCompatibilityHandler(DeeplinkCompatibilityHandler handler);
+
+  /// Lets go of both; none is taken any more.
   void release();
 
   /// Calls both, the handler first; what one throws does not keep the outcome from the other.
@@ -18,6 +20,7 @@ class DeeplinkHandlers {
 
  private:
   mutable std::mutex mutex_;
+  bool isReleased_ = false;
   DeeplinkHandler handler_;
   DeeplinkCompatibilityHandler compatibilityHandler_;
 };

@@ -1,38 +1,51 @@
 #include "quenwick/client/EventsEnabled.h"
 
+#include <algorithm>
+
 #include "quenwick/client/HostCalls.h"
 
 namespace quenwick {
 
-EventsEnabled& EventsEnabled::shared() {
-  static auto& instance = *new EventsEnabled;
-  return instance;
-}
+// Handlers are called and destroyed without the lock: they are the host's.
 
 void EventsEnabled::setHandler(std::function<void()> handler) {
-  bool isDue = false;
+  std::uint64_t announced = 0;
   {
     std::lock_guard lock(mutex_);
+    if (isReleased_) return;
     handler_.swap(handler);
-    isDue = isAnnounced_ && handler_;
+    announced = announced_;
+    told_ = std::max<std::uint64_t>(announced, 1) - 1;
   }
-  if (isDue) tell();
+  if (announced > 0) tell(announced);
 }
 
 void EventsEnabled::announce() {
+  std::uint64_t announced = 0;
   {
     std::lock_guard lock(mutex_);
-    isAnnounced_ = true;
+    announced = ++announced_;
   }
-  tell();
+  tell(announced);
 }
 
-void EventsEnabled::tell() {
-  HostCalls::shared().post([this] {
+void EventsEnabled::release() {
+  std::function<void()> handler;
+  std::lock_guard lock(mutex_);
+  isReleased_ = true;
+  handler.swap(handler_);
+}
+
+void EventsEnabled::tell(std::uint64_t announcement) {
+  HostCalls::shared().post([weak = weak_from_this(), announcement] {
+    auto self = weak.lock();
+    if (!self) return;
     std::function<void()> handler;
     {
-      std::lock_guard lock(mutex_);
-      handler = handler_;
+      std::lock_guard lock(self->mutex_);
+      if (self->told_ >= announcement) return;
+      self->told_ = announcement;
+      handler = self->handler_;
     }
     if (handler) handler();
   });

@@ -1,25 +1,42 @@
 #include "quenwick/client/HookLog.h"
 
+#include <utility>
+
 #include "quenwick/client/HostCalls.h"
+#include "quenwick/platform/Executor.h"
+#include "quenwick/platform/KeysThread.h"
+#include "quenwick/platform/Writer.h"
 
 namespace quenwick {
 namespace {
 
 thread_local bool isInHook = false;
 
-}  // namespace
+void writeToStandardError(const platform::LogEntry& entry) {
+  platform::StandardErrorLog().write(entry);
+}
 
-void HookLog::write(const platform::LogEntry& entry) {
-  if (isInHook) {
-    if (standardError_.isEnabled(entry.level)) standardError_.write(entry);
-    return;
-  }
+void call(const HookLog::Hook& hook, const platform::LogEntry& entry) {
   // Set back only after the call has ended: the line about what the hook throws must not reach it.
   struct Inside {
     Inside() { isInHook = true; }
     ~Inside() { isInHook = false; }
   } inside;
-  HostCalls::shared().run([&] { hook_(entry.level, entry.message); });
+  bool isCalled = HostCalls::shared().run([&] { hook(entry.level, entry.message); });
+  if (!isCalled) writeToStandardError(entry);
+}
+
+bool mayBeWaitedFor() {
+  return platform::writer().isCurrent() || platform::keysThread().isCurrent();
+}
+
+}  // namespace
+
+void HookLog::write(const platform::LogEntry& entry) {
+  if (isInHook) return writeToStandardError(entry);
+  if (!mayBeWaitedFor()) return call(*hook_, entry);
+  static auto& strand = *new auto(platform::makeStrand());
+  strand->post([hook = hook_, entry] { call(*hook, entry); });
 }
 
 }  // namespace quenwick

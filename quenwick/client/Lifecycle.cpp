@@ -7,6 +7,7 @@
 #include "quenwick/client/HookLog.h"
 #include "quenwick/client/HostCalls.h"
 #include "quenwick/client/HostExecutor.h"
+#include "quenwick/logging/Logger.h"
 #include "quenwick/platform/HostConfiguration.h"
 #include "quenwick/platform/KeysThread.h"
 #include "quenwick/platform/LogSink.h"
@@ -47,6 +48,16 @@ std::optional<std::string> faultOf(const Configuration& configuration) {
   return std::nullopt;
 }
 
+std::shared_ptr<platform::Executor> executorFrom(const Configuration& configuration) {
+  const auto& post = configuration.mainExecutor;
+  return post ? std::make_shared<HostExecutor>(post) : nullptr;
+}
+
+std::shared_ptr<platform::LogSink> sinkFrom(const Configuration& configuration) {
+  const auto& hook = configuration.logHook;
+  return hook ? std::make_shared<HookLog>(hook) : nullptr;
+}
+
 }  // namespace
 
 bool v0::configure(Configuration configuration) {
@@ -60,32 +71,35 @@ Lifecycle& Lifecycle::shared() {
 
 std::optional<std::string> Lifecycle::configure(Configuration configuration) {
   auto fault = faultOf(configuration);
-  if (!fault && !take(std::move(configuration))) fault = "the library is in use already";
+  if (!fault) fault = take(std::move(configuration));
   // Without the lock: the host's log hook may call the library.
   if (fault) platform::logPlatformError("The configuration was refused: " + *fault);
   return fault;
 }
 
-bool Lifecycle::take(Configuration configuration) {
+/// What was configured before is destroyed without the lock: it is the host's.
+std::optional<std::string> Lifecycle::take(Configuration configuration) {
   std::lock_guard lock(mutex_);
+  if (isShutDown_) return "the library was shut down";
   if (isInUse_ || !platform::configureHost({.bundleIdentifier = configuration.bundleIdentifier,
                                             .bundleVersion = configuration.bundleVersion,
                                             .infoPlist = configuration.infoPlist,
                                             .home = configuration.home})) {
-    return false;
+    return "the library is in use already";
   }
-  if (configuration.mainExecutor) {
-    platform::MainActor::setExecutor(std::make_shared<HostExecutor>(configuration.mainExecutor));
+  std::swap(configuration_, configuration);
+  // Another one's (a window toolkit's) stays where neither this one nor the last names one.
+  if (configuration_.mainExecutor || configuration.mainExecutor) {
+    platform::MainActor::setExecutor(executorFrom(configuration_));
   }
-  if (configuration.logHook) {
-    platform::setLogSink(std::make_shared<HookLog>(configuration.logHook));
+  if (configuration_.logHook || configuration.logHook) {
+    platform::setLogSink(sinkFrom(configuration_));
   }
-  configuration_ = std::move(configuration);
   auto service = configuration_.serviceURL ? webURL(*configuration_.serviceURL) : std::nullopt;
   APIService::setShared(std::make_shared<APIService>(
       service ? APIService::Host::custom(*service) : APIService::Host::production(),
       sessionBasis()));
-  return true;
+  return std::nullopt;
 }
 
 bool Lifecycle::enter() {
@@ -111,22 +125,24 @@ platform::URLSessionConfiguration Lifecycle::sessionBasis() const {
   return session;
 }
 
-bool Lifecycle::writesAreDone(std::chrono::nanoseconds atMost) {
-  auto end = std::chrono::steady_clock::now() + atMost;
-  bool isDone = platform::writer().drain(std::max(atMost, std::chrono::nanoseconds(0)));
-  auto left = end - std::chrono::steady_clock::now();
-  return platform::keysThread().drain(std::max(left, std::chrono::steady_clock::duration(0))) &&
-         isDone;
+bool Lifecycle::writesAreDone(const Deadline& deadline) {
+  bool isDone = platform::writer().drain(deadline.left());
+  return platform::keysThread().drain(deadline.left()) && isDone;
 }
 
-bool Lifecycle::shutDown(std::chrono::nanoseconds atMost) {
+bool Lifecycle::shutDown(const Deadline& deadline) {
   isShutDown_ = true;
+  // That something was cut short is what the host asked for: only what goes wrong with the platform
+  // is worth a line from here on, on standard error.
+  SharedLogger::setEnabledLogTypes(QWLogType::none);
   stop_.request_stop();
-  bool hasEnded = HostCalls::shared().close(atMost);
+  bool hasEnded = HostCalls::shared().close(deadline.left());
   platform::setLogSink(nullptr);
   platform::MainActor::setExecutor(nullptr);
+  HostCalls::shared().releaseAll();
+  Configuration ended;
   std::lock_guard lock(mutex_);
-  configuration_ = {};
+  std::swap(configuration_, ended);
   return hasEnded;
 }
 

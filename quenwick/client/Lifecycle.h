@@ -1,13 +1,13 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
 #include <mutex>
 #include <optional>
 #include <stop_token>
 #include <string>
 
 #include "quenwick/client/Configuration.h"
+#include "quenwick/client/Deadline.h"
 #include "quenwick/platform/URLSession.h"
 
 namespace quenwick {
@@ -31,14 +31,15 @@ class Lifecycle {
   /// Asked to stop when the library is shut down.
   std::stop_token stopToken() { return stop_.get_token(); }
 
-  /// Waits until all that is kept is on disk, at most for the duration; whether it is.
-  static bool writesAreDone(std::chrono::nanoseconds atMost);
+  /// Waits until all that is kept is on disk; whether it is.
+  static bool writesAreDone(const Deadline& deadline);
 
-  /// No call into the host begins from now on. Whether all that runs has ended in time.
-  bool shutDown(std::chrono::nanoseconds atMost);
+  /// No call into the host begins from now on, and all that is the host's is let go of. Whether all
+  /// that runs has ended in time.
+  bool shutDown(const Deadline& deadline);
 
  private:
-  bool take(Configuration configuration);
+  std::optional<std::string> take(Configuration configuration);
   platform::URLSessionConfiguration sessionBasis() const;
 
   std::mutex mutex_;

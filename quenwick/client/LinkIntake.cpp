@@ -86,7 +86,7 @@ void LinkIntake::resolve(std::string_view link, const ResolveOptions& options,
 }
 
 void LinkIntake::deliver(const DeeplinkResult& result) {
-  if (const auto* link = std::get_if<std::string>(&result)) stored_.send(*link);
+  if (const auto* link = std::get_if<std::string>(&result)) stored_->send(*link);
   QWClient::shared()->deeplinkHandlers().call(result);
 }
 

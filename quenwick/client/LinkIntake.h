@@ -3,14 +3,12 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <optional>
-#include <string>
 #include <string_view>
 
 #include "quenwick/client/DeeplinkResult.h"
 #include "quenwick/client/HandleableLinks.h"
 #include "quenwick/client/QWClient.h"
-#include "quenwick/platform/Publisher.h"
+#include "quenwick/client/StoredDeeplink.h"
 #include "quenwick/platform/URLSession.h"
 
 namespace quenwick {
@@ -30,8 +28,7 @@ class LinkIntake {
   void resolve(std::string_view link, const ResolveOptions& options,
                std::function<void(const DeeplinkResult&)> completion);
 
-  std::optional<std::string> stored() const { return stored_.value(); }
-  AnyPublisher<std::optional<std::string>> storedPublisher() const { return stored_.publisher(); }
+  StoredDeeplink& stored() { return *stored_; }
 
  private:
   std::shared_ptr<platform::URLSession> session();
@@ -39,7 +36,7 @@ class LinkIntake {
   void deliver(const DeeplinkResult& result);
 
   HandleableLinks handleableLinks_;
-  platform::CurrentValueSubject<std::optional<std::string>> stored_{std::nullopt};
+  const std::shared_ptr<StoredDeeplink> stored_ = StoredDeeplink::make();
   std::once_flag hasSession_;
   std::shared_ptr<platform::URLSession> session_;
 };

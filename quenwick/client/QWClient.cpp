@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "quenwick/client/DeeplinkHandlers.h"
+#include "quenwick/client/EventsEnabled.h"
+#include "quenwick/client/HostCalls.h"
 #include "quenwick/client/Lifecycle.h"
 #include "quenwick/events/BehaviorEventManager.h"
 #include "quenwick/state/Analytics.h"
@@ -16,22 +18,28 @@ struct Shared {
   std::shared_ptr<QWClient> client;
 };
 
-Shared& sharedClient() {
-  static auto& instance = *new Shared{{}, std::make_shared<QWClient>()};
+Shared& holder() {
+  static auto& instance = *new Shared;
   return instance;
 }
 
 }  // namespace
 
-struct QWClient::State {
+struct QWClient::State : HostHolder {
   DeeplinkHandlers deeplinkHandlers;
+  const std::shared_ptr<EventsEnabled> eventsEnabled = std::make_shared<EventsEnabled>();
   std::once_flag hasEventManager;
   std::unique_ptr<BehaviorEventManager> eventManager;
+
+  void release() override {
+    deeplinkHandlers.release();
+    eventsEnabled->release();
+  }
 };
 
-QWClient::QWClient() : state_(std::make_unique<State>()) {
-  Lifecycle::shared().enter();
-  Analytics::shared().sdkID();
+QWClient::QWClient() : state_(std::make_shared<State>()) {
+  HostCalls::shared().add(state_);
+  if (Lifecycle::shared().enter()) Analytics::shared().sdkID();
 }
 
 QWClient::~QWClient() = default;
@@ -39,16 +47,22 @@ QWClient::~QWClient() = default;
 bool QWClient::enter() { return Lifecycle::shared().enter(); }
 
 std::shared_ptr<QWClient> QWClient::shared() {
-  auto& shared = sharedClient();
-  std::lock_guard lock(shared.mutex);
-  return shared.client;
+  {
+    std::lock_guard lock(holder().mutex);
+    if (holder().client) return holder().client;
+  }
+  // Without the lock: it opens files, and what is logged there may reach a hook of the host's. Of
+  // two that are made at once the second goes.
+  auto made = std::make_shared<QWClient>();
+  std::lock_guard lock(holder().mutex);
+  if (!holder().client) holder().client = made;
+  return holder().client;
 }
 
 void QWClient::setShared(std::shared_ptr<QWClient> client) {
-  if (!client) return;
-  auto& shared = sharedClient();
-  std::lock_guard lock(shared.mutex);
-  shared.client.swap(client);
+  if (!client || !enter()) return;
+  std::lock_guard lock(holder().mutex);
+  holder().client.swap(client);
 }
 
 BehaviorEventManager& QWClient::eventManager() {
@@ -58,5 +72,7 @@ BehaviorEventManager& QWClient::eventManager() {
 }
 
 DeeplinkHandlers& QWClient::deeplinkHandlers() { return state_->deeplinkHandlers; }
+
+EventsEnabled& QWClient::eventsEnabled() { return *state_->eventsEnabled; }
 
 }  // namespace quenwick

@@ -26,6 +26,7 @@ namespace quenwick {
 
 class BehaviorEventManager;
 class DeeplinkHandlers;
+class EventsEnabled;
 class LinkIntake;
 
 inline namespace v0 {
@@ -66,46 +67,56 @@ struct ResolveOptions {
 };
 
 /// What a host calls, and nothing else. Every operation may be called from any thread, before
-/// `start` and after it; each returns at once, without waiting for the network or the disk, and
-/// none throws. What fails is logged; outcomes of links reach the host's handlers, on the main
-/// actor (`Configuration::mainExecutor`).
+/// `start` and after it, any number of times, and none throws. Each returns at once, without
+/// waiting for the network: the first one that needs what is kept opens it, and only on an
+/// install's first launch waits until its identifier is on disk. `flush` and `shutdown` wait, and
+/// say so.
+///
+/// What fails is logged; outcomes of links reach the host's handlers, on the main actor
+/// (`Configuration::mainExecutor`). What a handler throws ends in one error line.
 class QUENWICK_EXPORT QWClient {
  public:
   /// The process's client, made on first use.
   static std::shared_ptr<QWClient> shared();
-  /// Puts another in its place, with no handlers and events not enabled; null does nothing.
+  /// Puts another in its place: its handlers are called from now on, none where it is new, and its
+  /// events are enabled by the next registration. Domains, paths and the stored link stay. Null
+  /// does nothing.
   static void setShared(std::shared_ptr<QWClient> client);
 
-  /// Makes sure that the install has its identifier; the first time ever that is on disk when the
-  /// constructor returns.
+  /// Makes sure that the install has its identifier: on its first launch the constructor waits
+  /// until that is on disk.
   QWClient();
   ~QWClient();
   QWClient(const QWClient&) = delete;
   QWClient& operator=(const QWClient&) = delete;
 
-  /// Starts the library: registers the domains, handles the link that the application was launched
-  /// with, and has behaviour events enabled once the service has confirmed the key. Called again
-  /// it replaces the handler, adds the domains and handles its launch options anew.
+  /// Starts the library: sets the handler, registers the domains, handles the link that the
+  /// application was launched with, and has behaviour events enabled once the service has confirmed
+  /// the key, which it does not wait for. Called again it replaces the handler, adds the domains,
+  /// handles its launch options anew and registers for events anew.
   static void start(StartOptions options);
-  /// The same with a handler that takes a link or an error; always registers for events.
+  /// The same with a handler that takes a link or an error, which is set beside the other form's:
+  /// both are called. Always registers for events.
   static void startWithResult(StartWithResultOptions options);
 
-  /// Has behaviour events enabled once the service has confirmed the key. Every call asks anew
-  /// unless the answer of the last week is at hand. The handle may be dropped.
+  /// Has behaviour events enabled once the service has confirmed the key; one error line says why
+  /// it did not, and events stay as they are. Every call asks anew, in a task of its own, unless
+  /// the answer of the last week is at hand. The handle may be dropped.
   static std::optional<TaskHandle> registerForBehaviors(std::string_view apiKey);
   /// The same with the bundle's key under "quen_wick_api_key"; nothing, and an error line, without
   /// one.
   static std::optional<TaskHandle> registerForBehaviorsFromPlist(
       const Bundle& bundle = Bundle::main());
 
-  /// Called on the main actor whenever events become enabled; at once where they are. One at a
-  /// time: the next replaces it, and an empty one removes it.
+  /// Of the shared client: called on the main actor whenever its events become enabled, and once
+  /// where they are already. One at a time: the next replaces it, an empty one removes it.
   static void setEventsEnabledHandler(std::function<void()> handler);
 
   /// Sends the events; made on first use.
   BehaviorEventManager& eventManager();
 
-  /// Which categories are logged: all until changed.
+  /// Which categories are logged: all until changed, none after `shutdown`. At any time, also
+  /// before `configure`.
   static QWLogType enabledLogTypes();
   /// Sets them, for the whole process, at once. Error lines about the library's own files and
   /// calls are always written.
@@ -114,9 +125,12 @@ class QUENWICK_EXPORT QWClient {
   /// @name Links
   /// @{
 
-  /// Adds hosts whose links belong to the application, compared letter by letter.
+  /// Adds hosts whose links belong to the application: "shop.example", without scheme, port or
+  /// path, compared letter by letter with the link's. They stay for the process; none is ever
+  /// removed.
   static void registerDeeplinkDomains(const std::vector<std::string>& domains);
-  /// Adds those that the bundle's Info.plist lists under "quen_wick_universal_link_domains".
+  /// Adds those that the bundle's Info.plist lists under "quen_wick_universal_link_domains", or
+  /// under the first of three other spellings that has a list of texts. `start` has done it.
   static void registerDeeplinkDomainsFromPlist(const Bundle& bundle = Bundle::main());
   /// The domains registered so far.
   static std::set<std::string> domains();
@@ -124,8 +138,10 @@ class QUENWICK_EXPORT QWClient {
   /// Whether the link lies with a registered domain and has a tracking shape or matches one of the
   /// host's handleable paths.
   static bool canHandleURL(std::string_view url);
-  /// Resolves a link that the application is opened with, if it can be handled, and says whether
-  /// it can. The outcome goes to the handler and, where it resolved, to `storedDeeplink`.
+  /// Resolves a link that the application is opened with, if it can be handled, and says at once
+  /// whether it can. Where it resolved it is put into `storedDeeplink`, and then the outcome goes
+  /// to the handlers, on the main actor, in the order in which links end; where none is set by then
+  /// a line says so. Every call resolves anew.
   static bool handleUniversalLink(std::string_view url);
   /// The link of an activity that browses the web.
   static bool handleUniversalLink(const NSUserActivity& activity);
@@ -136,30 +152,35 @@ class QUENWICK_EXPORT QWClient {
 
   /// On the install's first launch: handles the link that the pasteboard holds, as a URL or as a
   /// text that is one, if a window toolkit has brought a pasteboard. Its content is read only where
-  /// it says that it has such. `completion`, if given, is called on the main actor with the link
-  /// that was looked at, whether or not it can be handled.
+  /// it says that it has such. Every call of that launch looks anew. `completion`, if given, is
+  /// called on the main actor with the link that was looked at, whether or not it can be handled,
+  /// and with none where there was none or the launch is a later one.
   static void checkPasteboardOnInstall(
       std::function<void(const std::optional<std::string>& link)> completion = {});
 
-  /// Handles the first of the pasted items that is a link.
+  /// Handles the first of the pasted items that is a link, an item's URL before its text; whether
+  /// that one can be handled.
   static bool paste(const std::vector<NSItemProvider>& itemProviders);
 
-  /// Resolves a link whether or not it can be handled. `completion` is called on the main actor,
-  /// once; a resolution that is stopped, or past its deadline, ends at once with a failure.
+  /// Resolves a link whether or not it can be handled; handlers and `storedDeeplink` hear nothing
+  /// of it. `completion` is called on the main actor, once, unless the library is shut down before.
+  /// A resolution that is stopped, or past its deadline, ends at once with a failure.
   static void resolve(std::string_view url, DeeplinkHandler completion,
                       const ResolveOptions& options = {});
-  /// The same as a future, which never throws. It must not be waited for on the main actor.
+  /// The same as a future, which never throws and is always fulfilled.
   static std::future<DeeplinkResult> resolve(std::string_view url,
                                              const ResolveOptions& options = {});
 
-  /// The last link that the application was opened with and that resolved, in this process.
+  /// Where the last link led that the application was opened with and that resolved, in this
+  /// process; none before, and none after `shutdown`.
   static std::optional<std::string> storedDeeplink();
-  /// That and its changes. The value of the moment comes inside `subscribe`, on the caller's
-  /// thread; each new one on the main actor.
+  /// That and its changes, on the main actor: the value of the moment soon after `subscribe`, and
+  /// then each new one, until what `subscribe` returned is destroyed.
   static AnyPublisher<std::optional<std::string>> storedDeeplinkPublisher();
 
-  /// Patterns (regular expressions) that make further links of a host handleable. A host's new
-  /// list replaces its old one. A pattern that does not compile is never found.
+  /// Patterns (regular expressions) that make further links of a registered host handleable where
+  /// one is found in the link. A host's new list replaces its old one. A pattern that does not
+  /// compile is never found, and one error line says so.
   static void addHandleablePaths(const std::map<std::string, std::vector<std::string>>& paths);
   /// Removes the host's patterns; nothing happens where it has none.
   static void removeHandleablePaths(const std::string& host);
@@ -170,7 +191,8 @@ class QUENWICK_EXPORT QWClient {
 
   /// The link-user identifier: what the host has set, else what the last link carried.
   static std::optional<std::string> qwU();
-  /// Sets it; none removes it. It is on disk within a tenth of a second.
+  /// Sets it; none removes it. It is on disk within a tenth of a second. What is not UTF-8, or
+  /// longer than 1 MiB, is refused with an error line.
   static void setQWU(std::optional<std::string> value);
 
   /// @}
@@ -249,13 +271,15 @@ class QUENWICK_EXPORT QWClient {
 
   /// Sends a search that still waits for the user to pause, and waits until the service has
   /// answered for every event and all that is kept is on disk; at most for the duration. Whether
-  /// it is so. May be called on the main thread, which it blocks that long.
+  /// it is so. May be called on the main thread, which it blocks that long, and any number of
+  /// times.
   static bool flush(std::chrono::nanoseconds atMost);
 
   /// Ends the library in this process: calls no handler, publisher's receiver or hook any more when
   /// it returns, releases them, ends resolutions, and waits until all that is kept is on disk; at
-  /// most for the duration. Whether all of it has ended. Events that were not sent by then are
-  /// lost: `flush` first. Every later call is refused with an error line.
+  /// most for the duration. Whether all of it has ended. A handler may call it, and is itself not
+  /// waited for. Events that were not sent by then are lost: `flush` first. Every later call is
+  /// refused with an error line; another `shutdown` waits again.
   static bool shutdown(std::chrono::nanoseconds atMost);
 
   /// @}
@@ -272,8 +296,9 @@ class QUENWICK_EXPORT QWClient {
   static void categoryViewedTyped(ProductCategory category);
   static void productSearchedTyped(ProductSearchedProperties properties);
   DeeplinkHandlers& deeplinkHandlers();
+  EventsEnabled& eventsEnabled();
 
-  std::unique_ptr<State> state_;
+  std::shared_ptr<State> state_;
 };
 
 }  // namespace v0

@@ -62,6 +62,10 @@ platform::Task<void> checkPasteboard(
 
 bool isLink(const std::optional<std::string>& text) { return text && URL::parse(*text); }
 
+bool isBrowsing(const NSUserActivity& activity) {
+  return activity.activityType == NSUserActivityTypeBrowsingWeb && activity.webpageURL;
+}
+
 }  // namespace
 
 void QWClient::registerDeeplinkDomains(const std::vector<std::string>& domains) {
@@ -93,13 +97,12 @@ bool QWClient::handleUniversalLink(std::string_view url) {
 }
 
 bool QWClient::handleUniversalLink(const NSUserActivity& activity) {
-  return activity.activityType == NSUserActivityTypeBrowsingWeb && activity.webpageURL &&
-         handleUniversalLink(*activity.webpageURL);
+  return enter() && isBrowsing(activity) && handleUniversalLink(*activity.webpageURL);
 }
 
 bool QWClient::handleUniversalLink(const UISceneConnectionOptions& options) {
-  auto browsing = std::ranges::find(options.userActivities, NSUserActivityTypeBrowsingWeb,
-                                    &NSUserActivity::activityType);
+  if (!enter()) return false;
+  auto browsing = std::ranges::find_if(options.userActivities, isBrowsing);
   return browsing != options.userActivities.end() && handleUniversalLink(*browsing);
 }
 
@@ -126,6 +129,7 @@ void QWClient::checkPasteboardOnInstall(
 }
 
 bool QWClient::paste(const std::vector<NSItemProvider>& itemProviders) {
+  if (!enter()) return false;
   for (const auto& provider : itemProviders) {
     if (isLink(provider.url)) return handleUniversalLink(*provider.url);
     if (isLink(provider.text)) return handleUniversalLink(*provider.text);
@@ -135,9 +139,9 @@ bool QWClient::paste(const std::vector<NSItemProvider>& itemProviders) {
 
 void QWClient::resolve(std::string_view url, DeeplinkHandler completion,
                        const ResolveOptions& options) {
-  if (!enter() || !completion) return;
+  if (!enter()) return;
   auto call = [completion = std::move(completion)](const DeeplinkResult& result) {
-    HostCalls::shared().post([completion, result] { completion(result); });
+    if (completion) HostCalls::shared().post([completion, result] { completion(result); });
   };
   LinkIntake::shared().resolve(url, options, std::move(call));
 }
@@ -155,10 +159,14 @@ std::future<DeeplinkResult> QWClient::resolve(std::string_view url, const Resolv
   return future;
 }
 
-std::optional<std::string> QWClient::storedDeeplink() { return LinkIntake::shared().stored(); }
+std::optional<std::string> QWClient::storedDeeplink() {
+  return enter() ? LinkIntake::shared().stored().value() : std::nullopt;
+}
 
 AnyPublisher<std::optional<std::string>> QWClient::storedDeeplinkPublisher() {
-  return LinkIntake::shared().storedPublisher();
+  return AnyPublisher<std::optional<std::string>>([](auto receive) {
+    return enter() ? LinkIntake::shared().stored().subscribe(std::move(receive)) : Cancellable();
+  });
 }
 
 void QWClient::addHandleablePaths(const std::map<std::string, std::vector<std::string>>& paths) {
@@ -174,7 +182,7 @@ void QWClient::clearHandleablePaths() {
 }
 
 std::map<std::string, std::vector<std::string>> QWClient::handleablePaths() {
-  return LinkIntake::shared().handleableLinks().paths();
+  return enter() ? LinkIntake::shared().handleableLinks().paths() : HandleableLinks::Paths();
 }
 
 std::optional<std::string> QWClient::qwU() {

@@ -2,6 +2,7 @@
 
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
 #include "quenwick/client/BehaviorRegistration.h"
+#include "quenwick/client/Deadline.h"
 #include "quenwick/client/DeeplinkHandlers.h"
 #include "quenwick/client/Ending.h"
 #include "quenwick/client/EventsEnabled.h"
@@ -20,12 +21,11 @@ platform::Task<platform::URL> endpointFor(std::string apiKey, std::stop_token st
   co_return co_await BehavioralVerificationRepository().verify(std::move(apiKey), std::move(stop));
 }
 
-platform::Task<void> enableEvents(std::string apiKey, std::shared_ptr<Ending> ending) {
+platform::Task<void> enableEvents(std::string apiKey, std::shared_ptr<Ending> ending,
+                                  std::function<void(const platform::URL&)> enable) {
   std::exception_ptr failure;
   try {
-    auto endpoint = co_await endpointFor(apiKey, ending->token());
-    QWClient::shared()->eventManager().start(endpoint);
-    EventsEnabled::shared().announce();
+    enable(co_await endpointFor(apiKey, ending->token()));
   } catch (...) {
     failure = std::current_exception();
   }
@@ -67,7 +67,12 @@ std::optional<TaskHandle> QWClient::registerForBehaviors(std::string_view apiKey
   if (!enter()) return std::nullopt;
   std::stop_source own;
   auto ending = std::make_shared<Ending>(own.get_token());
-  return platform::startTask(enableEvents(std::string(apiKey), std::move(ending)), own);
+  auto enable = [](const platform::URL& endpoint) {
+    auto client = shared();
+    client->eventManager().start(endpoint);
+    client->eventsEnabled().announce();
+  };
+  return platform::startTask(enableEvents(std::string(apiKey), std::move(ending), enable), own);
 }
 
 std::optional<TaskHandle> QWClient::registerForBehaviorsFromPlist(const Bundle& bundle) {
@@ -78,7 +83,7 @@ std::optional<TaskHandle> QWClient::registerForBehaviorsFromPlist(const Bundle& 
 }
 
 void QWClient::setEventsEnabledHandler(std::function<void()> handler) {
-  if (enter()) EventsEnabled::shared().setHandler(std::move(handler));
+  if (enter()) shared()->eventsEnabled().setHandler(std::move(handler));
 }
 
 QWLogType QWClient::enabledLogTypes() { return SharedLogger::enabledLogTypes(); }
@@ -87,17 +92,15 @@ void QWClient::setEnabledLogTypes(QWLogType types) { SharedLogger::setEnabledLog
 
 bool QWClient::flush(std::chrono::nanoseconds atMost) {
   if (!enter()) return false;
-  auto end = std::chrono::steady_clock::now() + atMost;
-  bool isDone = shared()->eventManager().flush(atMost);
-  return Lifecycle::writesAreDone(end - std::chrono::steady_clock::now()) && isDone;
+  Deadline deadline(atMost);
+  bool isDone = shared()->eventManager().flush(deadline.left());
+  return Lifecycle::writesAreDone(deadline) && isDone;
 }
 
 bool QWClient::shutdown(std::chrono::nanoseconds atMost) {
-  auto end = std::chrono::steady_clock::now() + atMost;
-  bool isDone = Lifecycle::shared().shutDown(atMost);
-  shared()->deeplinkHandlers().release();
-  EventsEnabled::shared().setHandler(nullptr);
-  return Lifecycle::writesAreDone(end - std::chrono::steady_clock::now()) && isDone;
+  Deadline deadline(atMost);
+  bool isDone = Lifecycle::shared().shutDown(deadline);
+  return Lifecycle::writesAreDone(deadline) && isDone;
 }
 
 }  // namespace quenwick

@@ -20,8 +20,7 @@ std::atomic<int> enabledRawValue = QWLogType::all.rawValue();
 
 void write(LogLevel level, QWLogType category, std::string_view message) {
   if (!SharedLogger::enabledLogTypes().contains(category)) return;
-  auto sink = platform::logSink();
-  if (sink->isEnabled(level)) sink->write({level, std::string(message)});
+  if (platform::logSink()->isEnabled(level)) platform::writeLog({level, std::string(message)});
 }
 
 void print(QWLogType category, std::string_view message) {

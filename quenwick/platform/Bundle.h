@@ -24,7 +24,8 @@ class QUENWICK_EXPORT Bundle {
 
   /// The application's own. Its Info.plist lies where the host's configuration says, beside the
   /// executable, or in ../share/<executable's name>/; identifier and version may also come from
-  /// the configuration. Read once, with one error line where it has no identifier.
+  /// the configuration. Read once, with an error line where it is damaged and where it has no
+  /// identifier.
   static const Bundle& main();
 
   /// What the property list says; empty where there is none.

@@ -90,22 +90,37 @@ std::filesystem::path executable() {
 }
 
 std::optional<std::string> contents(const std::filesystem::path& file) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(file, error)) return std::nullopt;
   std::ifstream stream(file, std::ios::binary);
   if (!stream) return std::nullopt;
   return std::string(std::istreambuf_iterator<char>(stream), {});
 }
 
-std::string mainInfo() {
+/// The bytes of the application's Info.plist; none where it has none.
+std::optional<std::string> mainInfo() {
+  if (auto configured = hostConfiguration().infoPlist) {
+    auto info = contents(*configured);
+    if (!info) logPlatformError("The configured Info.plist cannot be read");
+    return info;
+  }
   auto program = executable();
   auto besides = program.parent_path();
-  if (auto configured = hostConfiguration().infoPlist) return contents(*configured).value_or("");
-  if (auto info = contents(besides / "Info.plist")) return *info;
-  auto shared = besides.parent_path() / "share" / program.filename() / "Info.plist";
-  return contents(shared).value_or("");
+  if (auto info = contents(besides / "Info.plist")) return info;
+  return contents(besides.parent_path() / "share" / program.filename() / "Info.plist");
+}
+
+Dictionary mainDictionary() {
+  auto bytes = mainInfo();
+  if (!bytes) return {};
+  auto info = parsePropertyList(*bytes);
+  if (auto* dictionary = info ? info->as<Dictionary>() : nullptr) return std::move(*dictionary);
+  logPlatformError("The application's Info.plist is damaged: it counts as empty");
+  return {};
 }
 
 Bundle makeMain() {
-  Dictionary info = Bundle(mainInfo(), {}).infoDictionary();
+  Dictionary info = mainDictionary();
   const auto& host = hostConfiguration();
   if (host.bundleIdentifier) info.set("CFBundleIdentifier", *host.bundleIdentifier);
   if (host.bundleVersion) info.set("CFBundleShortVersionString", *host.bundleVersion);
@@ -120,6 +135,9 @@ Bundle makeMain() {
 
 std::optional<Value> parsePropertyList(std::string_view bytes) {
   if (bytes.size() > std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
+  if (bytes.starts_with("bplist") && !isBinaryPropertyListOfBoundedShape(bytes)) {
+    return std::nullopt;
+  }
   plist_t root = nullptr;
   plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &root);
   if (!root) return std::nullopt;
@@ -135,6 +153,7 @@ Bundle::Bundle(std::string_view infoPropertyList, Resources resources)
 }
 
 const Bundle& Bundle::main() {
+  HeldLog held;
   static const auto& instance = *new Bundle(makeMain());
   return instance;
 }

@@ -27,6 +27,8 @@ std::string_view name(LogLevel level) {
   return kNames.at(static_cast<std::size_t>(level));
 }
 
+thread_local HeldLog* outermost = nullptr;
+
 }  // namespace
 
 void StandardErrorLog::write(const LogEntry& entry) {
@@ -48,9 +50,22 @@ void setLogSink(std::shared_ptr<LogSink> sink) {
   std::swap(current().sink, sink);
 }
 
-void logPlatformError(std::string message) {
+void writeLog(LogEntry entry) {
+  if (outermost) return outermost->entries_.push_back(std::move(entry));
   auto sink = logSink();
-  if (sink->isEnabled(LogLevel::error)) sink->write({LogLevel::error, std::move(message)});
+  if (sink->isEnabled(entry.level)) sink->write(entry);
+}
+
+void logPlatformError(std::string message) { writeLog({LogLevel::error, std::move(message)}); }
+
+HeldLog::HeldLog() {
+  if (!outermost) outermost = this;
+}
+
+HeldLog::~HeldLog() {
+  if (outermost != this) return;
+  outermost = nullptr;
+  for (auto& entry : entries_) writeLog(std::move(entry));
 }
 
 }  // namespace quenwick::platform

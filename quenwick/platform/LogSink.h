@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "quenwick/platform/Export.h"
 #include "quenwick/platform/LogLevel.h"
@@ -46,7 +47,25 @@ std::shared_ptr<LogSink> logSink();
 /// Sets the sink for the whole process; none restores the default.
 void setLogSink(std::shared_ptr<LogSink> sink);
 
+/// Writes the entry to the sink in use, unless that leaves out its level.
+void writeLog(LogEntry entry);
+
 /// Writes one error line about the platform itself (a damaged file, a full disk).
 QUENWICK_TOOLKIT_EXPORT void logPlatformError(std::string message);
+
+/// While one lives, what this thread logs is held back; it is written when the outermost one ends.
+/// Stands before a static that logs while it is made: whom a sink calls may well use that static.
+class HeldLog {
+ public:
+  HeldLog();
+  ~HeldLog();
+  HeldLog(const HeldLog&) = delete;
+  HeldLog& operator=(const HeldLog&) = delete;
+
+ private:
+  friend void writeLog(LogEntry entry);
+
+  std::vector<LogEntry> entries_;
+};
 
 }  // namespace quenwick::platform

@@ -72,17 +72,16 @@ std::atomic<SecItemStore*>& replacement() {
 }
 
 void tell(SecItemBackendKind kind) {
-  auto sink = logSink();
-  if (!sink->isEnabled(LogLevel::standard)) return;
-  sink->write({LogLevel::standard, kind == SecItemBackendKind::secretService
-                                       ? "Secrets are kept in the desktop's keyring"
-                                       : "Secrets are kept in a sealed file"});
+  writeLog({LogLevel::standard, kind == SecItemBackendKind::secretService
+                                    ? "Secrets are kept in the desktop's keyring"
+                                    : "Secrets are kept in a sealed file"});
 }
 
 }  // namespace
 
 SecItemStore& SecItemStore::standard() {
   if (auto* store = replacement().load()) return *store;
+  HeldLog held;
   static auto& instance = [&]() -> SecItemStore& {
     const auto& host = hostConfiguration();
     auto preferred = host.keychain;

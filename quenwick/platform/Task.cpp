@@ -1,5 +1,7 @@
 #include "quenwick/platform/Task.h"
 
+#include <algorithm>
+
 #include "quenwick/platform/Error.h"
 #include "quenwick/platform/LogSink.h"
 
@@ -35,6 +37,8 @@ void TaskHandle::wait() const {
 }
 
 bool TaskHandle::waitFor(std::chrono::nanoseconds atMost) const {
+  // What is added to the time of now must not exceed it.
+  atMost = std::min<std::chrono::nanoseconds>(atMost, std::chrono::years(10));
   std::unique_lock lock(state_->mutex);
   return state_->changed.wait_for(lock, atMost, [this] { return state_->isDone; });
 }

@@ -67,6 +67,7 @@ void makeTable(SQLiteDatabase& database) {
 }  // namespace
 
 UserDefaults& UserDefaults::standard() {
+  HeldLog held;
   static auto& instance = make(settingsDirectory() / "preferences.sqlite");
   return instance;
 }

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <atomic>
 
-#include "quenwick/client/HostCalls.h"
 #include "quenwick/client/QWClient.h"
 #include "quenwick/runtime/Handles.h"
 #include "quenwick/runtime/Selectors.h"
@@ -40,11 +39,8 @@ Handle resolve(const std::string& url, std::optional<double> deadline,
 
 Handle subscribe(const OptionalTextCallback& callback) {
   auto publisher = QWClient::storedDeeplinkPublisher();
-  // The first value would come here and now: all are posted.
-  auto subscription =
-      std::make_shared<Cancellable>(publisher.subscribe([callback](const Text& link) {
-        HostCalls::shared().post([callback, link] { callback({valueOf(link)}); });
-      }));
+  auto subscription = std::make_shared<Cancellable>(
+      publisher.subscribe([callback](const Text& link) { callback({valueOf(link)}); }));
   auto end = [subscription, callback] {
     subscription->cancel();
     callback.release();

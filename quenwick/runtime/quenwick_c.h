@@ -65,8 +65,8 @@ typedef struct quenwick_executor {
 enum { QUENWICK_LOG_DEBUG = 0, QUENWICK_LOG_DEFAULT = 1, QUENWICK_LOG_ERROR = 2 };
 
 /// Takes what is logged. `message` belongs to the library and lasts as long as the call. Called
-/// from any thread, several at once. It may call the library; what is logged meanwhile goes to
-/// standard error.
+/// from any thread, several at once. It may call the library, but neither `quenwick_flush` nor
+/// `quenwick_shutdown`; what is logged meanwhile goes to standard error.
 typedef struct quenwick_log {
   /// Gets the context, one of the QUENWICK_LOG_ levels and the text.
   void (*write)(void* context, int level, const char* message);

@@ -5,6 +5,7 @@
 
 #include "quenwick/platform/Bundle.h"
 #include "quenwick/platform/Calendar.h"
+#include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/System.h"
 #include "quenwick/resources/LibraryBundle.h"
 #include "quenwick/state/SeenLinkUsers.h"
@@ -35,6 +36,7 @@ std::string newAnonymousID(platform::Date now) {
 }  // namespace
 
 Analytics& Analytics::shared() {
+  platform::HeldLog held;
   static auto& instance =
       *new Analytics(platform::UserDefaults::standard(), platform::Clock::system());
   return instance;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -25,14 +26,21 @@ class Collected {
     values_.push_back(std::move(value));
     changed_.notify_all();
   }
-  /// All that has come once there are so many, or after ten seconds.
+  /// All that has come once there are so many, or after half a minute.
   std::vector<T> wait(std::size_t count) {
     std::unique_lock lock(mutex_);
-    changed_.wait_for(lock, std::chrono::seconds(10), [&] { return values_.size() >= count; });
+    changed_.wait_for(lock, kPatience, [&] { return values_.size() >= count; });
     return values_;
+  }
+  /// Whether one comes in time of which it is so.
+  bool waitFor(const std::function<bool(const T&)>& isSo) {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, kPatience, [&] { return std::ranges::any_of(values_, isSo); });
   }
 
  private:
+  static constexpr std::chrono::seconds kPatience{30};
+
   std::mutex mutex_;
   std::condition_variable changed_;
   std::vector<T> values_;
@@ -49,7 +57,8 @@ class ClientHost : public testing::Test {
        "end": {"status": 404, "body": "no such offer"}},
       {"link": "https://l.example/p/go/3", "chain": [{"to": "/slow"}],
        "end": {"status": 200, "delay": 60000}},
-      {"link": "https://l.example/spring/sale", "chain": [{"to": "shopapp://sale"}]}],
+      {"link": "https://l.example/spring/sale", "chain": [{"to": "shopapp://sale"}]},
+      {"link": "https://l.example/late", "chain": [{"delay": 1500, "to": "shopapp://late"}]}],
     "behavior": {"keys": [{"key": "key", "bundleIdentifiers": ["com.example.shop"]}],
       "service": "https://api.example", "endpoint": "https://events.example/v1/events"}})";
 

@@ -16,6 +16,7 @@ class LinkIntakeTest : public ClientHost {};
 
 TEST_F(LinkIntakeTest, ALinkIsTheApplicationsByDomainAndShapeOrPattern) {
   QWClient::registerDeeplinkDomains({"l.example", "other.example"});
+  QWClient::registerDeeplinkDomains({"UPPER.example", "port.example:443", "path.example/p/go"});
   QWClient::addHandleablePaths({{"l.example", {"(", "/spring/"}}, {"stranger.example", {"."}}});
   EXPECT_EQ(logged("error: The path pattern ( is never found: "), 1);
   EXPECT_EQ(logged(R"(Registering Domains: ["l.example", "other.example"])"), 1);
@@ -27,6 +28,10 @@ TEST_F(LinkIntakeTest, ALinkIsTheApplicationsByDomainAndShapeOrPattern) {
       {"http://l.example/p/go/", true},
       {"https://other.example/x/p/rpm/1/url", true},
       {"https://L.example/p/go/1f", false},
+      {"https://UPPER.example/p/go/1f", true},
+      {"https://upper.example/p/go/1f", false},
+      {"https://port.example:443/p/go/1f", false},
+      {"https://path.example/p/go/1f", false},
       {"https://sub.l.example/p/go/1f", false},
       {"https://l.example/spring/sale", true},
       {"https://other.example/spring/sale", false},
@@ -91,7 +96,10 @@ TEST_F(LinkIntakeTest, EveryKindOfOpeningIsRead) {
   EXPECT_FALSE(QWClient::handleUniversalLink(other));
   EXPECT_FALSE(QWClient::handleUniversalLink(NSUserActivity{browsing.activityType}));
   EXPECT_TRUE(QWClient::handleUniversalLink(UISceneConnectionOptions{{other, browsing}}));
+  EXPECT_TRUE(QWClient::handleUniversalLink(
+      UISceneConnectionOptions{{NSUserActivity{browsing.activityType}, browsing}}));
   EXPECT_FALSE(QWClient::handleUniversalLink(UISceneConnectionOptions{{other}}));
+  EXPECT_FALSE(QWClient::handleUniversalLink(UISceneConnectionOptions{}));
 
   const std::string key(UIApplicationLaunchOptionsURLKey);
   EXPECT_TRUE(QWClient::handleURLFromLaunchOptions({{key, kLink}}));

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/System.h"
 #include "quenwick/platform/Text.h"
 #include "quenwick/state/Analytics.h"
@@ -65,6 +66,7 @@ const HTTPHeader& HTTPHeader::defaultAcceptLanguage() {
 }
 
 const HTTPHeader& HTTPHeader::defaultUserAgent() {
+  platform::HeldLog held;
   static const auto& header =
       *new HTTPHeader(userAgent(userAgentValue(Analytics::shared().datapoints())));
   return header;

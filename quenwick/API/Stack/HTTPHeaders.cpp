@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/Text.h"
 
 namespace quenwick {
@@ -24,6 +25,7 @@ HTTPHeaders::HTTPHeaders(const std::map<std::string, std::string>& dictionary) {
 }
 
 const HTTPHeaders& HTTPHeaders::defaultHeaders() {
+  platform::HeldLog held;
   static const auto& headers =
       *new HTTPHeaders{HTTPHeader::defaultAcceptEncoding(), HTTPHeader::defaultAcceptLanguage(),
                        HTTPHeader::defaultUserAgent()};
