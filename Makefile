@@ -1,13 +1,15 @@
 # The commands of the house. Each installs what it needs, so that a fresh clone is enough.
 
 PRESET ?= debug
+SECONDS ?= 60
 
-.PHONY: help bootstrap build test demo bench format lint check clean
+.PHONY: help bootstrap build test demo bench fuzz format lint check clean
 
 help:
 	@echo "make demo     build, and resolve tracking links against the local sandbox"
 	@echo "make test     build and run all tests (PRESET=asan-ubsan, tsan or release for those)"
 	@echo "make bench    run the benchmarks (optimised build)"
+	@echo "make fuzz     throw made-up input at the library, SECONDS=60 for each target"
 	@echo "make check    format, lint, build and test, as CI does"
 
 bootstrap:
@@ -27,6 +29,11 @@ bench: bootstrap
 	@cmake --preset release >/dev/null
 	cmake --build --preset release
 	scripts/bench build/release
+
+fuzz: bootstrap
+	@cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz
+	scripts/fuzz build/fuzz $(SECONDS)
 
 format: bootstrap
 	@scripts/sources | xargs clang-format-19 -i
