@@ -95,12 +95,12 @@ class Reader {
   bool on_string_part(Text text, std::size_t, json::error_code&) { return addPart(text); }
   bool on_string(Text text, std::size_t, json::error_code&) { return add(whole(text)); }
   bool on_number_part(Text text, json::error_code&) { return addPart(text); }
-  bool on_int64(std::int64_t number, Text text, json::error_code&) {
-    whole(text);
+  bool on_int64(std::int64_t number, Text, json::error_code&) {
+    part_.clear();
     return add(number);
   }
-  bool on_uint64(std::uint64_t number, Text text, json::error_code&) {
-    whole(text);
+  bool on_uint64(std::uint64_t number, Text, json::error_code&) {
+    part_.clear();
     return add(number);
   }
   bool on_double(double about, Text text, json::error_code&) {
@@ -131,6 +131,7 @@ class Reader {
     return true;
   }
   std::string whole(Text last) {
+    if (part_.empty()) return {last.data(), last.size()};
     addPart(last);
     return std::exchange(part_, {});
   }
