@@ -1,8 +1,9 @@
 # The commands of the house. Each installs what it needs, so that a fresh clone is enough.
 
 PRESET ?= debug
+SECONDS ?= 60
 
-.PHONY: help bootstrap build test demo bench faults packages docs demo-ui coverage format lint check clean
+.PHONY: help bootstrap build test demo bench faults packages docs demo-ui coverage fuzz format lint check clean
 
 help:
 	@echo "make demo     build a shop and the sandbox; what the one does, and what arrives at the other"
@@ -13,6 +14,7 @@ help:
 	@echo "make faults   hosts live among faults of all they stand on (SECONDS=60, SEED=n)"
 	@echo "make docs     make the API reference, build/docs/html/index.html"
 	@echo "make coverage run the tests and print which lines and branches of quenwick/ they reach"
+	@echo "make fuzz     throw made-up input at the library, SECONDS=60 for each target"
 	@echo "make check    format, lint, build and test, as CI does"
 
 bootstrap:
@@ -56,6 +58,10 @@ docs: bootstrap
 coverage:
 	@$(MAKE) --no-print-directory test PRESET=coverage
 	@scripts/coverage build/coverage
+fuzz: bootstrap
+	@cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz
+	scripts/fuzz build/fuzz $(SECONDS)
 
 format: bootstrap
 	@scripts/sources | xargs clang-format-19 -i

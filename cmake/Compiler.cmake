@@ -37,6 +37,10 @@ if(QUENWICK_SANITIZE)
   target_link_options(quenwick_flags INTERFACE -fsanitize=${QUENWICK_SANITIZE})
 endif()
 
+if(QUENWICK_FUZZ)
+  target_compile_options(quenwick_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # One precompiled header of the standard library, shared by every target.
 file(GENERATE OUTPUT "${PROJECT_BINARY_DIR}/pch.cpp" CONTENT "")
 add_library(quenwick_pch STATIC "${PROJECT_BINARY_DIR}/pch.cpp")

@@ -11,6 +11,7 @@
 #include "quenwick/platform/HostConfiguration.h"
 #include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/PropertyList.h"
+#include "quenwick/platform/PropertyListShape.h"
 
 namespace quenwick::platform {
 namespace {

@@ -16,8 +16,9 @@ class JSONError : public Error {
 
 enum class JSONWritingOptions { compact, prettyPrinted };
 
-/// Reads and writes JSON: exact 64-bit integers, strict UTF-8, nesting to 512 levels; NaN and
-/// infinities are refused on both sides. Of duplicate keys the last holds.
+/// Reads and writes JSON: exact 64-bit integers, the nearest double of every other number, strict
+/// UTF-8, nesting to 512 levels. NaN and infinities are refused on both sides, and so are numbers
+/// beyond a double and exponents of ten digits and more. Of duplicate keys the last holds.
 struct JSONSerialization {
   /// Throws `JSONError`.
   static Value parse(std::string_view text);

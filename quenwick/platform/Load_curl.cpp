@@ -3,7 +3,6 @@
 #include <string>
 #include <utility>
 
-#include "quenwick/platform/Descriptors_curl.h"
 #include "quenwick/platform/Text.h"
 #include "quenwick/platform/TrustStore_openssl.h"
 #include "quenwick/platform/URLError_curl.h"
@@ -31,25 +30,12 @@ Load::Load(URLRequest request, std::shared_ptr<const URLSessionConfiguration> co
       trust_(std::move(trust)),
       askRedirect_(std::move(askRedirect)) {}
 
-/// A handle with what holds for all loads. It is never reset: curl would lose a list of its own.
 Load::Easy Load::makeEasy() {
-  auto* easy = curl_easy_init();
-  curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
-  curl_easy_setopt(easy, CURLOPT_COOKIEFILE, "");
-  curl_easy_setopt(easy, CURLOPT_TCP_NODELAY, 1L);
-  curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &openCloseOnExecSocket);
-  curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT, 2'000'000L);  // the load's own deadlines hold
-  curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
-  // A directory of issuers, or a certificate store of one's own, would have them parsed again at
-  // every connection.
-  curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
-  curl_easy_setopt(easy, CURLOPT_CA_CACHE_TIMEOUT, -1L);
-  curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Load::onHeader);
-  curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Load::onBody);
-  curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &Load::onSend);
   auto handle = std::make_unique<Handle>();
-  handle->easy.reset(easy);
+  handle->easy = makeEasyHandle();
+  curl_easy_setopt(handle->easy.get(), CURLOPT_HEADERFUNCTION, &Load::onHeader);
+  curl_easy_setopt(handle->easy.get(), CURLOPT_WRITEFUNCTION, &Load::onBody);
+  curl_easy_setopt(handle->easy.get(), CURLOPT_PREREQFUNCTION, &Load::onSend);
   return handle;
 }
 
@@ -112,6 +98,7 @@ void Load::setNext(URLRequest request) {
 
 /// Tells curl what to load. What a redirect leaves as it was is not told again.
 void Load::setRequest() {
+  if (std::exchange(handle_->isUsed, true)) handle_->easy = renewed(std::move(handle_->easy));
   body_.clear();
   isHeadComplete_ = false;
   isSent_ = false;

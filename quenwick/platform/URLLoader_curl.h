@@ -12,6 +12,7 @@
 #include <thread>
 #include <vector>
 
+#include "quenwick/platform/EasyHandle_curl.h"
 #include "quenwick/platform/URLSession.h"
 
 namespace quenwick::platform {
@@ -36,9 +37,6 @@ class Load {
  private:
   friend class URLLoader;
 
-  struct FreeEasy {
-    void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
-  };
   struct FreeList {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
   };
@@ -51,7 +49,8 @@ class Load {
     HeaderFields fields;
     bool hasBody = false;
     TextList headers;
-    std::unique_ptr<CURL, FreeEasy> easy;
+    EasyHandle easy;
+    bool isUsed = false;
   };
   using Easy = std::unique_ptr<Handle>;
 

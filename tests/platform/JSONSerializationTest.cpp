@@ -25,6 +25,19 @@ TEST(JSONSerialization, DoublesReadBackAsTheSameDoubles) {
   }
 }
 
+TEST(JSONSerialization, ANumberIsReadAsTheNearestDouble) {
+  for (auto [text, number] : {std::pair("0.9383958387310543", 0.9383958387310543),
+                              {"2.184467440737095516150", 2.184467440737095516150},
+                              {"-5.476201493885506e+242", -5.476201493885506e+242},
+                              {"0.11e300", 0.11e300},
+                              {"1e-400", 0.0},
+                              {"123456789012345678901", 123456789012345678901.0}}) {
+    EXPECT_EQ(JSONSerialization::parse(text), Value(number)) << text;
+  }
+  auto tiny = JSONSerialization::parse("-1e-400");
+  EXPECT_TRUE(std::signbit(*tiny.as<double>()));
+}
+
 TEST(JSONSerialization, EscapesWhatATextMayNotHold) {
   std::string every;
   for (char c = 0; c >= 0 && c < 0x7f; ++c) every += c;
@@ -52,6 +65,15 @@ TEST(JSONSerialization, FindsWhatItMustEscapeOrRefuseAtEveryPlace) {
 
 TEST(JSONSerialization, TheLastOfDuplicateKeysHolds) {
   EXPECT_EQ(JSONSerialization::parse(R"({"a":1,"b":2,"a":3})"), (Dictionary{{"a", 3}, {"b", 2}}));
+  std::string many = "{";
+  Dictionary expected;
+  for (int i = 0; i < 200; ++i) {
+    auto key = std::to_string(i % 50) + " is a key";
+    many += "\"" + key + "\":" + std::to_string(i) + ",";
+    expected.set(key, i);
+  }
+  many.back() = '}';
+  EXPECT_EQ(JSONSerialization::parse(many), expected);
 }
 
 TEST(JSONSerialization, RefusesWhatIsNoJSON) {
