@@ -3,12 +3,10 @@
 #include <functional>
 #include <utility>
 
-#include "quenwick/platform/Export.h"
-
 namespace quenwick::platform::inline v0 {
 
 /// Ends what it stands for (a subscription, a timer) when destroyed or cancelled.
-class [[nodiscard]] QUENWICK_EXPORT Cancellable {
+class [[nodiscard]] Cancellable {
  public:
   Cancellable() = default;
   /// Calls `cancel` once, at the end.
