@@ -14,8 +14,12 @@ function(host_test name timeout)
     ENVIRONMENT "PKG_CONFIG_PATH=${library}/pkgconfig;LD_LIBRARY_PATH=${library}")
 endfunction()
 
+set(parts "library development")
+if(QUENWICK_UI)
+  string(APPEND parts " ui-library ui-development")
+endif()
 add_test(NAME TheLibraryIsInstalled
-  COMMAND sh -c "rm -rf '${prefix}' && for part in library development; do \
+  COMMAND sh -c "rm -rf '${prefix}' && for part in ${parts}; do \
     '${CMAKE_COMMAND}' --install '${PROJECT_BINARY_DIR}' --prefix '${prefix}' --component $part || exit 1; done")
 set_tests_properties(TheLibraryIsInstalled PROPERTIES FIXTURES_SETUP installed)
 
@@ -49,3 +53,10 @@ endfunction()
 
 host_by_hand(AHostIsBuiltByPkgConfig "${consumer}/main.cpp" @options g++ -std=c++20)
 host_by_hand(AHostIsBuiltInC "${consumer}/main.c" @json gcc -std=c11 -pedantic)
+
+if(QUENWICK_UI)
+  string(JOIN " " line g++ -std=c++20 ${warnings})
+  host_test(AHostWithWindowsIsBuiltByPkgConfig 300 sh -c "${line} \
+    '${CMAKE_CURRENT_SOURCE_DIR}/library/windowHost.cpp' $(pkg-config --cflags --libs quenwick-ui) \
+    -o '${hosts}/windows' && '${hosts}/windows'")
+endif()

@@ -1,10 +1,13 @@
 # The library as hosts have it: what it shows, how it is unloaded, and hosts that are built with it.
 
-add_executable(library_tests library/SymbolsTest.cpp support/Program.cpp)
+add_executable(library_tests library/HeadersTest.cpp library/SymbolsTest.cpp support/Program.cpp)
 quenwick_view(tests_view tests tests)
 target_include_directories(library_tests PRIVATE "${tests_view}")
 target_link_libraries(library_tests PRIVATE GTest::gtest_main)
-target_compile_definitions(library_tests PRIVATE QUENWICK_LIBRARY="$<TARGET_FILE:quenwick>")
+get_target_property(headers quenwick HEADER_SET)
+list(JOIN headers ":" headers)
+target_compile_definitions(library_tests PRIVATE QUENWICK_LIBRARY="$<TARGET_FILE:quenwick>"
+  QUENWICK_SOURCES="${PROJECT_SOURCE_DIR}" QUENWICK_HEADERS="${headers}")
 quenwick_program(library_tests)
 add_dependencies(library_tests quenwick)
 gtest_discover_tests(library_tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)

@@ -19,15 +19,15 @@ class Library {
 
   bool perform(const char* selector, const char* arguments, const quenwick_callback* callback) {
     char* answer = nullptr;
-    bool isDone =
-        find(quenwick_perform, "quenwick_perform")(selector, arguments, callback, &answer);
+    bool isDone = find<decltype(quenwick_perform)>("quenwick_perform")(selector, arguments,
+                                                                       callback, &answer);
     if (!isDone) std::fprintf(stderr, "%s\n", answer);
-    find(quenwick_free, "quenwick_free")(answer);
+    find<decltype(quenwick_free)>("quenwick_free")(answer);
     return isDone;
   }
 
   template <class Function>
-  Function* find(Function&, const char* name) {
+  Function* find(const char* name) {
     return reinterpret_cast<Function*>(dlsym(handle_, name));
   }
 
@@ -56,8 +56,8 @@ bool use(Library& library, const char* configuration) {
   Waited enabled;
   auto onOpened = opened.callback();
   auto onEnabled = enabled.callback();
-  if (!library.find(quenwick_configure, "quenwick_configure")(configuration, nullptr, nullptr,
-                                                              nullptr) ||
+  if (!library.find<decltype(quenwick_configure)>("quenwick_configure")(configuration, nullptr,
+                                                                        nullptr, nullptr) ||
       !library.perform("setEventsEnabledHandler:", "[]", &onEnabled) ||
       !library.perform("startWithApiKey:deeplinkDomains:launchOptions:result:",
                        R"(["demo-key", ["links.shop.example"], null])", &onOpened) ||
@@ -68,8 +68,8 @@ bool use(Library& library, const char* configuration) {
   opened.isCalled.acquire();
   enabled.isCalled.acquire();
   bool isSent = library.perform("productViewed:", R"([{"id": 42, "price": 3.5}])", nullptr) &&
-                library.find(quenwick_flush, "quenwick_flush")(30'000);
-  bool hasEnded = library.find(quenwick_shutdown, "quenwick_shutdown")(30'000);
+                library.find<decltype(quenwick_flush)>("quenwick_flush")(30'000);
+  bool hasEnded = library.find<decltype(quenwick_shutdown)>("quenwick_shutdown")(30'000);
   return isSent && hasEnded && opened.destroyed == 1 && enabled.destroyed == 1;
 }
 
