@@ -1,7 +1,7 @@
 #pragma once
 
 #if defined(__GNUC__)
-#define QUENWICK_EXPORT [[gnu::visibility("default")]]
+#define QUENWICK_EXPORT __attribute__((visibility("default")))
 #else
 #define QUENWICK_EXPORT
 #endif
