@@ -111,6 +111,7 @@ class QUENWICK_EXPORT Value {
     other.isNested() ? copyNested(other) : void(storage_ = other.storage_);
   }
   Value(Value&&) noexcept = default;
+  /// Becomes like the other.
   Value& operator=(const Value& other) { return *this = Value(other); }
   Value& operator=(Value&&) noexcept = default;
   ~Value() {
