@@ -14,7 +14,7 @@ function(quenwick_library target)
   target_link_options(${target} PRIVATE
     "LINKER:--version-script=${CMAKE_CURRENT_SOURCE_DIR}/exports.map" LINKER:-z,nodelete
     LINKER:--as-needed LINKER:--gc-sections $<$<NOT:$<BOOL:${QUENWICK_SANITIZE}>>:LINKER:-z,defs>
-    $<$<CXX_COMPILER_ID:Clang>:LINKER:--icf=safe>)
+    $<$<CXX_COMPILER_ID:Clang>:LINKER:--icf=all,-z,pack-relative-relocs>)
 endfunction()
 
 get_property(parts GLOBAL PROPERTY QUENWICK_PARTS)
