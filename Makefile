@@ -7,7 +7,7 @@ PRESET ?= debug
 help:
 	@echo "make demo     build, and resolve tracking links against the local sandbox"
 	@echo "make test     build and run all tests (PRESET=asan-ubsan, tsan or release for those)"
-	@echo "make bench    run the benchmarks (optimised build)"
+	@echo "make bench    run the benchmarks (optimised build) and write docs/figures.md"
 	@echo "make check    format, lint, build and test, as CI does"
 
 bootstrap:

@@ -19,13 +19,13 @@ DAY = {
 REQUESTS = {"resolution": 3}  # of one; else 1
 
 TEXT = """\
-Counted on the sockets, between client and server, with TLS 1.3 and all its messages; the headers of TCP
-and IP are not in it, some 40 bytes for each packet. The server shows one certificate of {certificate};
-a public chain adds two or three kilobytes to each new connection. A resolution is a chain of two
-redirects and the page at its end.
+Counted on the sockets, between client and server, with all that TLS says; the headers of TCP and IP are
+not in it, some 40 bytes for each packet. The server shows a single certificate: a public chain adds two
+or three kilobytes to each new connection. A resolution is a chain of two redirects and the page at its
+end.
 
 The day of an install that is assumed: opened three times, each with a new connection to the endpoint of
-events; the handshake once a week; a link resolved every third day; events as in the column "a day".
+events; the handshake once a week; a link resolved every third day; events as in the column "a day". Over HTTP/2:
 """
 SUM = """\
 A million installs then ask for {requests:,.0f} requests a day, {average:,.0f} a second on average and
@@ -51,7 +51,7 @@ def bytes_of_day(row):
 def day_line(row):
     up, down = bytes_of_day(row)
     return [row["what"], both(row["newUp"], row["newDown"]), both(row["up"], row["down"]),
-            f"{DAY[row['what']][0]:.3g}", f"{up / 1e9:,.1f} / {down / 1e9:,.1f} GB"]
+            f"{DAY[row['what']][0]:.3g}", f"{up / 1e9:,.2f} / {down / 1e9:,.2f} GB"]
 
 
 def sums(rows):
@@ -70,7 +70,7 @@ def text(rows, table):
     http2 = [row for row in rows if row["protocol"] == "http2"]
     http1 = [row for row in rows if row["protocol"] == "http1"]
     return "\n".join([
-        TEXT.format(certificate="the sandbox's own authority"),
+        TEXT,
         table(heads + ["a day", "of a million installs in a day"], [day_line(row) for row in http2]),
         sums(http2),
         table(heads, [day_line(row)[:3] for row in http1])])

@@ -3,6 +3,8 @@
 //
 // usage: host HOME SERVICE AUTHORITY EVENTS [HOST ADDRESS PORT]...
 
+#include <malloc.h>
+
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
@@ -106,6 +108,8 @@ void run(const std::vector<std::string>& words) {
   offer(events);
   sayStatus("highest", "VmHWM");
   sayStatus("afterwards", "VmRSS");
+  malloc_trim(0);
+  sayStatus("trimmed", "VmRSS");
 }
 
 #endif

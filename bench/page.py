@@ -16,7 +16,7 @@ Google Benchmark, all calls in random order, medians."""),
     ("calls", "What a call costs its caller", """\
 100,000 calls with the network running and none lost; the dictionary is built before and moved."""),
     ("threads", "Calls from several threads", """\
-40,000 events from that many threads, each building its dictionaries, to a local HTTP/2 server."""),
+20,000 events from that many threads, each building its dictionaries, to a local HTTP/2 server."""),
     ("start", "Start", """\
 Of a minimal host of the shared library, a new process each time; then events must become enabled."""),
     ("memory", "Memory", """\

@@ -3,14 +3,15 @@
 //
 // usage: bench_wire [http1|http2 WHAT]
 
-#include <boost/json.hpp>
 #include <array>
+#include <boost/json.hpp>
 #include <functional>
 #include <iostream>
 #include <map>
 #include <string>
 
 #include "bench/support/CountingRelay.h"
+#include "bench/support/DiscardingLog.h"
 #include "bench/support/HTTP2Server.h"
 #include "quenwick/API/APIService/APIService.h"
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
@@ -73,8 +74,10 @@ Dictionary product() {
 }
 
 Dictionary order() {
-  Dictionary bought{{"id", "4711"},   {"title", "Walking boots, brown"},
-                    {"price", 89.9},  {"url", "https://shop.example/products/4711"},
+  Dictionary bought{{"id", "4711"},
+                    {"title", "Walking boots, brown"},
+                    {"price", 89.9},
+                    {"url", "https://shop.example/products/4711"},
                     {"quantity", 1}};
   return {{"id", "A-1042"}, {"revenue", 179.8}, {"products", List{bought, bought}}};
 }
@@ -90,20 +93,21 @@ const std::map<std::string, Kind>& kinds() {
       {"product_searched",
        [](auto& manager) { manager.productSearched(Dictionary{{"query", "walking boots"}}); }},
       {"category_viewed",
-       [](auto& manager) { manager.categoryViewed(Dictionary{{"id", "shoes"}, {"title", "Shoes"}}); }},
+       [](auto& manager) {
+         manager.categoryViewed(Dictionary{{"id", "shoes"}, {"title", "Shoes"}});
+       }},
       {"order_completed", [](auto& manager) { manager.orderCompleted(order()); }},
       {"identify", [](auto& manager) { manager.identifyUser("customer-7"); }},
-      {"custom",
-       [](auto& manager) { manager.logCustomEvent("wishlist_shared", {{"items", 3}}); }},
+      {"custom", [](auto& manager) { manager.logCustomEvent("wishlist_shared", {{"items", 3}}); }},
   };
   return all;
 }
 
 void print(const std::string& protocol, const std::string& what, const Traffic& fresh,
            const Traffic& reused) {
-  boost::json::object row{{"table", "wire"}, {"what", what},     {"protocol", protocol},
-                          {"newUp", fresh.up}, {"newDown", fresh.down},
-                          {"up", reused.up}, {"down", reused.down}};
+  boost::json::object row{{"table", "wire"},    {"what", what},          {"protocol", protocol},
+                          {"newUp", fresh.up},  {"newDown", fresh.down}, {"up", reused.up},
+                          {"down", reused.down}};
   std::cout << row << std::endl;
 }
 
@@ -143,6 +147,7 @@ bool measureResolution(const std::string& protocol, const std::string& what, Wir
 bool measureAlone(const std::string& protocol, const std::string& what) {
   tests::TemporaryDirectory home;
   platform::configureHost({.bundleIdentifier = "com.example.bench", .home = home.path()});
+  platform::setLogSink(std::make_shared<DiscardingLog>());
   Wire wire(protocol == "http2");
   APIService::setShared(std::make_shared<APIService>(
       APIService::Host::custom(*platform::URL::parse("https://api.shop.example")),
