@@ -10,11 +10,11 @@ help:
 	@echo "make demo-ui  the same in a window; without a display pictures of it are taken"
 	@echo "make test     build and run all tests (PRESET=asan-ubsan, tsan or release for those)"
 	@echo "make packages Debian packages, into build/packages/packages"
-	@echo "make bench    run the benchmarks (optimised build)"
 	@echo "make faults   hosts live among faults of all they stand on (SECONDS=60, SEED=n)"
 	@echo "make docs     make the API reference, build/docs/html/index.html"
 	@echo "make coverage run the tests and print which lines and branches of quenwick/ they reach"
 	@echo "make fuzz     throw made-up input at the library, SECONDS=60 for each target"
+	@echo "make bench    run the benchmarks (optimised build) and write docs/figures.md"
 	@echo "make check    format, lint, build and test, as CI does"
 
 bootstrap:

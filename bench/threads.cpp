@@ -15,7 +15,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t kEvents = 40'000;
+constexpr std::size_t kEvents = 20'000;
 
 /// What the calls took on all threads, in seconds.
 std::vector<double> offerFrom(EventHost& host, std::size_t threads) {
@@ -46,7 +46,7 @@ void printCost(std::size_t threads, const std::vector<double>& medians,
 
 bool measure(EventHost& host, std::size_t threads) {
   std::vector<double> medians, highs, rates;
-  for (int round = -1; round < rounds(7); ++round) {
+  for (int round = -1; round < rounds(5); ++round) {
     auto begin = Clock::now();
     auto times = offerFrom(host, threads);
     if (!host.areAcknowledged(kEvents)) return false;

@@ -4,11 +4,11 @@
 #include <chrono>
 #include <string>
 
+#include "bench/support/DiscardingLog.h"
 #include "quenwick/API/APIService/APIService.h"
 #include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/auth/SecureSessionData.h"
 #include "quenwick/platform/HostConfiguration.h"
-#include "quenwick/platform/LogSink.h"
 
 namespace quenwick::bench {
 namespace {
@@ -16,13 +16,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::minutes kPatience(2);
-
-/// Takes the lines, as a host's own log does, and keeps none.
-class Discarding : public platform::LogSink {
- public:
-  bool isEnabled(platform::LogLevel) const override { return true; }
-  void write(const platform::LogEntry&) override {}
-};
 
 }  // namespace
 
@@ -38,7 +31,7 @@ EventHost::Prepared::Prepared(const tests::TemporaryDirectory& home,
                               platform::SecItemBackendKind secrets) {
   platform::configureHost(
       {.bundleIdentifier = "com.example.bench", .home = home.path(), .keychain = secrets});
-  platform::setLogSink(std::make_shared<Discarding>());
+  platform::setLogSink(std::make_shared<DiscardingLog>());
   AuthenticationKeychain::standard().set(kCredential,
                                          rawValue(SecureSessionData::behaviorAPIToken));
   APIService::setShared(std::make_shared<APIService>(APIService::Host::production(), basis));

@@ -10,9 +10,9 @@
 
 namespace quenwick::bench {
 
-constexpr auto kEventHost = "events.shop.example";
-constexpr auto kEndpoint = "https://events.shop.example/v1/events";
-constexpr auto kCredential = "aWRlbnRpZmllcjp0b2tlbg==";
+inline constexpr auto kEventHost = "events.shop.example";
+inline constexpr auto kEndpoint = "https://events.shop.example/v1/events";
+inline constexpr auto kCredential = "aWRlbnRpZmllcjp0b2tlbg==";
 
 /// The properties of a product that was looked at.
 platform::Dictionary product(std::size_t number);
