@@ -199,6 +199,19 @@ TEST_F(SecretsTest, NoFaultOfTheServiceTellsAny) {
   EXPECT_EQ(service_.sandbox().refusals(), R"({"refusals":[]})");
 }
 
+TEST_F(SecretsTest, AnEndpointThatRepeatsWhatItWasSentTellsNone) {
+  service_.sandbox().setFaults(sandbox::BehaviorPart::events,
+                               R"([{"status": 400, "json": {"got": {"Authorization": "Basic )" +
+                                   platform::base64Encoded(identifier_ + ":" + token_) +
+                                   R"("}}}])");
+  for (const auto& command : {Words{"send", "basket seen"}, Words{"identify", "alice"}}) {
+    auto finished = runProgram(words(atHome({"--verbose"}), command, kOtherKey));
+    EXPECT_EQ(finished.exitCode, 1);
+    EXPECT_NE(finished.errors.find("Basic …"), std::string::npos) << finished.errors;
+    expectNone(finished, command.front());
+  }
+}
+
 TEST_F(SecretsTest, TheProcessShowsNoneWhileItRunsAndLeavesNoneWhenItIsKilled) {
   setFault(R"({"kind": "slow", "delay": 60000})");
   service_.sandbox().forgetRequests();

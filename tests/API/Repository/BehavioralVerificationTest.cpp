@@ -181,6 +181,13 @@ TEST_F(BehavioralVerificationTest,
   EXPECT_EQ(item(Item::behaviorVerificationAPIToken), "other");
 }
 
+TEST_F(BehavioralVerificationTest, AKeyThatIsNoTextIsMissingAndTheEarlierOneIsNotSentForIt) {
+  verify("key");
+  EXPECT_THROW(verify("\xff"), APIKeyError);
+  EXPECT_EQ(service_->received().size(), 1U);
+  EXPECT_TRUE(isCacheEmpty());
+}
+
 TEST_F(BehavioralVerificationTest, AMissingBundleIdentifierIsReportedAsAMissingKey) {
   AuthenticationKeychain::setBehaviorVerificationAPIToken("key");
   for (const auto& datapoints :
