@@ -47,7 +47,6 @@ bench: bootstrap
 	cmake --build --preset release
 	scripts/bench build/release
 
-SECONDS ?= 60
 faults: build
 	tests/faults/faults.py $(SECONDS) build/$(PRESET)/tests/life \
 	  build/$(PRESET)/sandbox/quenwick-sandbox $(if $(SEED),--seed $(SEED))

@@ -5,9 +5,12 @@
 
 #include "quenwick/API/Stack/APIError.h"
 #include "quenwick/API/Stack/APIKeyError.h"
+#include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/auth/AuthenticationTokenManager.h"
+#include "quenwick/auth/SecureSessionData.h"
 #include "quenwick/logging/Logger.h"
 #include "quenwick/platform/JSONSerialization.h"
+#include "quenwick/platform/SecItem.h"
 
 namespace quenwick {
 namespace {
@@ -20,6 +23,19 @@ EventState stateAfter(const APIError& error) {
   if (std::holds_alternative<APIError::SessionTaskFailed>(kind)) return EventState::failedTransport;
   if (std::holds_alternative<APIError::DecodeFailed>(kind)) return EventState::failedAnswer;
   return EventState::failedOther;
+}
+
+/// What the event failed with, without the credential, should the answer repeat what it was sent.
+std::string reasonOf(const platform::Error& error) {
+  auto reason = error.localizedDescription();
+  if (!platform::SecItemsAreInMemory()) return reason;  // nothing was sent
+  auto key = rawValue(SecureSessionData::behaviorAPIToken);
+  auto credential = AuthenticationKeychain::standard().string(key).value_or("");
+  if (credential.empty()) return reason;
+  for (auto at = reason.find(credential); at != reason.npos; at = reason.find(credential)) {
+    reason.replace(at, credential.size(), "…");
+  }
+  return reason;
 }
 
 }  // namespace
@@ -40,13 +56,13 @@ void tellEvent(const platform::Dictionary& payload, const platform::Error* error
     return Logger::log(kCategory, "Event: " + (name ? *name : "") + " Status: Success");
   }
   Logger::log(kCategory, "Could not log event " + platform::JSONSerialization::text(payload) + ":");
-  Logger::error(kCategory, error->localizedDescription());
+  Logger::error(kCategory, reasonOf(*error));
 }
 
 void tellIdentification(const platform::Error* error) {
   if (!error) return;
   Logger::log(kCategory, "Could not identify user:");
-  Logger::error(kCategory, error->localizedDescription());
+  Logger::error(kCategory, reasonOf(*error));
 }
 
 }  // namespace quenwick

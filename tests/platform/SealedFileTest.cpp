@@ -22,7 +22,7 @@ using tests::item;
 
 constexpr auto kKeysService = "com.example.keys";
 
-/// What a process has left that kept fifty items, "a0" and so on, and ended.
+/// What a process has left that kept twenty items, "a0" and so on, and ended.
 struct Left {
   Left() {
     auto finished = tests::runProgram(place.keys(KEYS, {"write", "a"}));

@@ -39,9 +39,10 @@ inline std::optional<std::string> data(platform::SecItemStore& store, std::strin
 
 /// Reads until the value is so, as changes from outside are served a little later.
 inline bool becomes(platform::SecItemStore& store, std::string_view account,
-                    const std::optional<std::string>& expected) {
+                    const std::optional<std::string>& expected,
+                    const char* service = kTestService) {
   for (int i = 0; i < 10'000; ++i) {
-    if (data(store, account) == expected) return true;
+    if (data(store, account, service) == expected) return true;
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   return false;

@@ -2,6 +2,8 @@
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
+#include <fstream>
 
 #include "quenwick/platform/JSONSerialization.h"
 #include "tests/support/Keyring.h"
@@ -19,6 +21,14 @@ class VerifyTest : public BehaviorProgram {
  protected:
   Finished verify(const std::string& key, const std::vector<std::string>& more = {"--json"}) {
     return run(key, {"verify"}, more);
+  }
+  /// Whether the line is verified without the service, at last where a keyring is slow to answer.
+  static bool becomesCached(const std::vector<std::string>& line) {
+    for (int i = 0; i < 10; ++i) {
+      auto finished = runProgram(line);
+      if (finished.exitCode == 0 && fromCache(finished) == true) return true;
+    }
+    return false;
   }
   static Value fromCache(const Finished& finished) { return *json(finished).find("fromCache"); }
 };
@@ -100,6 +110,8 @@ TEST_F(VerifyTest, AKeyringThatHangsEndsItSoonAndLosesNothing) {
   Keyring keyring;
   SessionBus bus(keyring.address());
   auto home = home_.path().string();
+  std::filesystem::create_directory(home_.path() / "com.quenwick.cli");
+  std::ofstream(home_.path() / "com.quenwick.cli/keychain.backend") << "secret-service\n";
   std::vector<std::string> line{"env",
                                 "HOME=" + home,
                                 "XDG_CONFIG_HOME=" + home,
@@ -112,7 +124,8 @@ TEST_F(VerifyTest, AKeyringThatHangsEndsItSoonAndLosesNothing) {
                                 "--service",
                                 service_.sandbox().service()};
   for (const auto& word : service_.options()) line.push_back(word);
-  EXPECT_EQ(fromCache(runProgram(line)), false);
+  EXPECT_TRUE(becomesCached(line));
+  auto asked = requests();
   keyring.daemon().signal(SIGSTOP);
   auto begin = std::chrono::steady_clock::now();
   auto hanging = runProgram(line);
@@ -120,7 +133,8 @@ TEST_F(VerifyTest, AKeyringThatHangsEndsItSoonAndLosesNothing) {
   EXPECT_EQ(*json(hanging).find("error"), "Behavioral Verification failed: API Key Not Found");
   EXPECT_NE(hanging.errors.find("The keychain is out of reach"), std::string::npos);
   keyring.daemon().signal(SIGCONT);
-  EXPECT_EQ(fromCache(runProgram(line)), true);
+  EXPECT_TRUE(becomesCached(line));
+  EXPECT_EQ(requests(), asked);
 }
 
 TEST_F(VerifyTest, BadUsageExitsWithTwo) {

@@ -66,6 +66,19 @@ class BehavioralVerificationTest : public testing::Test {
     return platform::wait(repository().verify(std::move(key))).absoluteString();
   }
 
+  /// Whether a keyring, which may be slow to answer, has taken the key and its handshake at last.
+  bool verifyUntilKept(const std::string& key) {
+    for (int i = 0; i < 20; ++i) {
+      try {
+        verify(key);
+      } catch (const APIKeyError&) {
+        continue;
+      }
+      if (item(Item::behaviorVerificationAPIToken) == key && !isCacheEmpty()) return true;
+    }
+    return false;
+  }
+
   const Keychain& keychain() { return AuthenticationKeychain::standard(); }
   Text item(Item item) { return keychain().string(rawValue(item)); }
   std::optional<double> expiry() {
@@ -167,18 +180,25 @@ TEST_F(BehavioralVerificationTest,
        AKeyThatALockedKeyringCannotTakeIsNotAnsweredFromAnothersHandshake) {
   tests::SecretPlace place(platform::SecItemBackendKind::secretService);
   platform::SecItemStore::setStandard(place.open());
-  EXPECT_EQ(verify("key"), kEndpoint);
+  EXPECT_TRUE(verifyUntilKept("key"));
+  auto asked = service_->received().size();
   place.keyring().lock();
   EXPECT_EQ(verify("key"), kEndpoint) << "what is known of the kept key is served";
   EXPECT_THROW(verify("other"), APIKeyError);
   EXPECT_THROW(verify(std::nullopt), APIKeyError);
-  EXPECT_EQ(service_->received().size(), 1U) << "nothing is asked with another's key";
+  EXPECT_EQ(service_->received().size(), asked) << "nothing is asked with another's key";
   place.keyring().unlock();
   EXPECT_EQ(verify("key"), kEndpoint);
   EXPECT_EQ(item(Item::behaviorVerificationAPIToken), "key");
-  EXPECT_EQ(verify("other"), kEndpoint);
-  EXPECT_EQ(service_->received().size(), 2U);
-  EXPECT_EQ(item(Item::behaviorVerificationAPIToken), "other");
+  EXPECT_TRUE(verifyUntilKept("other"));
+  EXPECT_NE(lastRequest().find("body")->as<std::string>()->find("other"), std::string::npos);
+}
+
+TEST_F(BehavioralVerificationTest, AKeyThatIsNoTextIsMissingAndTheEarlierOneIsNotSentForIt) {
+  verify("key");
+  EXPECT_THROW(verify("\xff"), APIKeyError);
+  EXPECT_EQ(service_->received().size(), 1U);
+  EXPECT_TRUE(isCacheEmpty());
 }
 
 TEST_F(BehavioralVerificationTest, AMissingBundleIdentifierIsReportedAsAMissingKey) {
