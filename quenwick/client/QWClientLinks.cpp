@@ -121,6 +121,7 @@ bool QWClient::handleURLFromLaunchOptions(const LaunchOptions& options) {
 void QWClient::checkPasteboardOnInstall(
     std::function<void(const std::optional<std::string>&)> completion) {
   if (!enter()) return;
+  shared();  // which makes the install's identifier: only then is it known whether it is the first
   if (Analytics::shared().isFirstInstall()) {
     platform::startTask(checkPasteboard(std::move(completion)));
   } else if (completion) {

@@ -11,7 +11,8 @@ constexpr std::chrono::seconds kPatienceAtExit(1);
 
 SerialThread& makeThread() {
   auto& thread = *new SerialThread("quenwick-keys");
-  atProcessExit([] { keysThread().drain(kPatienceAtExit); });
+  // It seals with OpenSSL, which the host may have torn down next.
+  atProcessExit([] { keysThread().end(kPatienceAtExit); });
   return thread;
 }
 

@@ -45,15 +45,30 @@ bool SerialThread::isIdle() const {
 }
 
 bool SerialThread::drain(std::chrono::nanoseconds atMost) {
+  return isIdle() || runLast([] {}, atMost);
+}
+
+bool SerialThread::end(std::chrono::nanoseconds atMost) {
+  {
+    std::lock_guard lock(mutex_);
+    if (waiting_.empty() && !isRunning_) isEnded_ = true;
+  }
+  bool hasRun = isEnded_ || runLast([this] { isEnded_ = true; }, atMost);
+  isEnded_ = true;
+  return hasRun;
+}
+
+/// Waits until the work, and all before it, has run.
+bool SerialThread::runLast(Work last, std::chrono::nanoseconds atMost) {
   // Shared: the work may still be waiting when the patience here is at its end.
   struct Marker {
     std::mutex mutex;
     std::condition_variable changed;
     bool isReached = false;
   };
-  if (isIdle()) return true;
   auto marker = std::make_shared<Marker>();
-  post([marker] {
+  post([marker, last = std::move(last)] {
+    last();
     std::lock_guard lock(marker->mutex);
     marker->isReached = true;
     marker->changed.notify_all();
@@ -66,7 +81,9 @@ bool SerialThread::drain(std::chrono::nanoseconds atMost) {
 void SerialThread::run() {
   id_ = std::this_thread::get_id();
   for (;;) {
-    for (auto batch = nextBatch(); !batch.empty(); batch.pop_front()) runWork(batch.front());
+    for (auto batch = nextBatch(); !batch.empty() && !isEnded_; batch.pop_front()) {
+      runWork(batch.front());
+    }
   }
 }
 
@@ -74,7 +91,7 @@ void SerialThread::run() {
 std::deque<Work> SerialThread::nextBatch() {
   std::unique_lock lock(mutex_);
   isRunning_ = false;
-  changed_.wait(lock, [this] { return !waiting_.empty(); });
+  changed_.wait(lock, [this] { return !waiting_.empty() && !isEnded_; });
   if (lull_.count() > 0) changed_.wait_until(lock, due_, [this] { return isHurried_; });
   isHurried_ = false;
   isRunning_ = true;

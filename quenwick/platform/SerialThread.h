@@ -36,14 +36,19 @@ class SerialThread : public Executor {
   /// Waits until all work posted before has run, at most for the duration; whether it has.
   bool drain(std::chrono::nanoseconds atMost);
 
+  /// The same, and nothing else runs after that.
+  bool end(std::chrono::nanoseconds atMost);
+
  private:
   void start();
+  bool runLast(Work last, std::chrono::nanoseconds atMost);
   void run();
   std::deque<Work> nextBatch();
 
   const char* name_;
   const std::chrono::nanoseconds lull_;
   std::atomic<std::thread::id> id_;
+  std::atomic<bool> isEnded_ = false;
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Work> waiting_;

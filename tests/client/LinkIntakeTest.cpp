@@ -165,6 +165,14 @@ TEST_F(LinkIntakeTest, TheFirstLaunchTakesALinkFromThePasteboardAndReadsNoMoreTh
   platform::Pasteboard::setGeneral(nullptr);
 }
 
+TEST_F(LinkIntakeTest, TheFirstLaunchIsKnownAsOneBeforeAnyOtherCall) {
+  platform::Pasteboard::setGeneral(std::make_shared<Copied>(kLink, std::nullopt));
+  Collected<std::optional<std::string>> looked;
+  QWClient::checkPasteboardOnInstall([&](const auto& link) { looked.add(link); });
+  EXPECT_EQ(looked.wait(1), std::vector<std::optional<std::string>>{kLink});
+  platform::Pasteboard::setGeneral(nullptr);
+}
+
 TEST_F(LinkIntakeTest, ViewsWithoutAWindowToolkitAreOneLineEach) {
   QWClient::showInAppMessage("https://shop.example/messages/spring");
   QWClient::showInAppBrowser("https://shop.example/pages/care", [](const auto&) {});

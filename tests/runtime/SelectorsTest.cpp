@@ -171,5 +171,29 @@ TEST_F(SelectorsTest, WrongArgumentsAreRefusedWithTheirPlace) {
   }
 }
 
+TEST_F(SelectorsTest, AnyValueInAnyPlaceIsAnsweredOrRefused) {
+  std::map<std::string, json::array> right;
+  for (const auto& each : kCases) right[each.selector] = json::parse(each.arguments).as_array();
+  auto values = json::parse(R"([null, true, "", "\u0000", "\u001b[31m\r\n", -1, 1e308,
+    18446744073709551615, -9223372036854775808, [], {}, [[[[[[]]]], {"": [{}]}]], [null, "", 7],
+    {"": ""}, {"selector": "init", "arguments": [null]}])")
+                    .as_array();
+  values.push_back(json::string(1 << 20, 'x'));
+  for (const auto& [selector, entry] : list_) {
+    EXPECT_FALSE(perform(selector.c_str(), nullptr).isDone);
+    for (std::size_t i = 0; i < right[selector].size(); ++i) {
+      for (const auto& value : values) {
+        auto arguments = right[selector];
+        arguments[i] = value;
+        auto performed = performWith(selector, json::serialize(arguments), takesCallback(selector));
+        json::error_code error;
+        if (performed.isDone) json::parse(performed.text, error);
+        EXPECT_TRUE(!performed.text.empty() && !error) << selector << performed.text;
+      }
+    }
+  }
+  EXPECT_EQ(perform("canHandleURL:", R"(["https://links.shop.example/p/go/1f"])").isDone, true);
+}
+
 }  // namespace
 }  // namespace quenwick::tests
