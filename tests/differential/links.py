@@ -31,6 +31,8 @@ def make_links(numbers, count):
 
 
 def decoded(path):
+    if "%" not in path:
+        return path
     try:
         return unquote_to_bytes(path).decode()
     except UnicodeDecodeError:
@@ -38,7 +40,11 @@ def decoded(path):
 
 
 def answer_of(shapes, keys, link):
-    shape = next((text for text, pattern in shapes if text in link or pattern.search(link)), "-")
+    shape = "-"
+    for text, pattern in shapes:
+        if text in link or pattern.search(link):
+            shape = text
+            break
     path = decoded(PATH.match(link)[1])
     for pattern in keys:
         found = pattern.findall(path)
