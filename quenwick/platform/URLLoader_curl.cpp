@@ -14,12 +14,13 @@
 namespace quenwick::platform {
 namespace {
 
-constexpr long kConnectionsPerHost = 6;
+constexpr std::size_t kConnectionsPerHost = 6;
 constexpr std::size_t kSpareHandles = 64;
 
 std::shared_ptr<CURLM> makeMulti() {
   std::shared_ptr<CURLM> multi(makeCloseOnExecMulti(), curl_multi_cleanup);
-  curl_multi_setopt(multi.get(), CURLMOPT_MAX_HOST_CONNECTIONS, kConnectionsPerHost);
+  curl_multi_setopt(multi.get(), CURLMOPT_MAX_HOST_CONNECTIONS,
+                    static_cast<long>(kConnectionsPerHost));
   return multi;
 }
 
@@ -188,13 +189,35 @@ void URLLoader::begin(const std::shared_ptr<Load>& load) {
   }
   load->setRequest();
   nextDeadline_ = std::min(nextDeadline_, load->deadline());
+  load->origin_ = url->origin();
+  origins_[load->origin_].waiting.push_back(load);
+  putWaiting(load->origin_);
+}
+
+void URLLoader::put(const std::shared_ptr<Load>& load) {
   load->isLoading_ = true;
   curl_multi_add_handle(multi_.get(), load->easy());
   hasBegun_ = true;
 }
 
+/// Puts those on the wire for which there is room.
+void URLLoader::putWaiting(const std::string& name) {
+  auto found = origins_.find(name);
+  if (found == origins_.end()) return;
+  auto& [loading, isMultiplexed, waiting] = found->second;
+  while (!waiting.empty() && (isMultiplexed || loading < kConnectionsPerHost)) {
+    ++loading;
+    put(waiting.front());
+    waiting.pop_front();
+  }
+  if (loading == 0) origins_.erase(found);
+}
+
 /// A request of the load was answered, or failed.
 void URLLoader::hopEnded(const std::shared_ptr<Load>& load, CURLcode code) {
+  long version = CURL_HTTP_VERSION_NONE;
+  curl_easy_getinfo(load->easy(), CURLINFO_HTTP_VERSION, &version);
+  if (version >= CURL_HTTP_VERSION_2_0) origins_[load->origin_].isMultiplexed = true;
   auto next = load->redirect();
   auto error = code == CURLE_OK ? nullptr : load->errorFrom(code);
   pause(*load);
@@ -208,7 +231,10 @@ void URLLoader::hopEnded(const std::shared_ptr<Load>& load, CURLcode code) {
 
 /// Takes the load's handle off the wire.
 void URLLoader::pause(Load& load) {
-  if (std::exchange(load.isLoading_, false)) curl_multi_remove_handle(multi_.get(), load.easy());
+  if (!std::exchange(load.isLoading_, false)) return;
+  curl_multi_remove_handle(multi_.get(), load.easy());
+  --origins_[load.origin_].loading;
+  putWaiting(load.origin_);
 }
 
 /// The same in the middle of a transfer, without waiting for a look-up of a host's name.
@@ -221,6 +247,9 @@ void URLLoader::abandon(Load& load) {
 
 void URLLoader::end(const std::shared_ptr<Load>& load, std::shared_ptr<const PlatformError> error) {
   abandon(*load);
+  if (auto origin = origins_.find(load->origin_); origin != origins_.end()) {
+    std::erase(origin->second.waiting, load);
+  }
   std::erase(loads_, load);
   load->isEnded_ = true;
   if (load->handle_ && spare_.size() < kSpareHandles) {

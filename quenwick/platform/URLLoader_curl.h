@@ -4,7 +4,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -94,6 +96,7 @@ class Load {
   bool isBodyTooLong_ = false;
   bool isTimedOut_ = false;
   bool isLoading_ = false;
+  std::string origin_;  // that it loads from, or waits for
   bool isEnded_ = false;
   int redirects_ = 0;
   Clock::time_point started_;
@@ -121,6 +124,14 @@ class URLLoader {
   void post(Command command);
 
  private:
+  /// Where loads go. One whose connections carry one load each has no more loads than connections:
+  /// what curl itself keeps waiting for a connection, it may forget.
+  struct Origin {
+    std::size_t loading = 0;
+    bool isMultiplexed = false;
+    std::deque<std::shared_ptr<Load>> waiting;
+  };
+
   URLLoader();
   void wake();
   void run();
@@ -130,6 +141,8 @@ class URLLoader {
   void goOn(const std::shared_ptr<Load>& load, std::optional<URLRequest> request);
   void hopEnded(const std::shared_ptr<Load>& load, CURLcode code);
   void pause(Load& load);
+  void put(const std::shared_ptr<Load>& load);
+  void putWaiting(const std::string& origin);
   void abandon(Load& load);
   void end(const std::shared_ptr<Load>& load, std::shared_ptr<const PlatformError> error);
   void failTimedOut();
@@ -138,6 +151,7 @@ class URLLoader {
 
   std::shared_ptr<CURLM> multi_;
   std::vector<std::shared_ptr<Load>> loads_;
+  std::map<std::string, Origin> origins_;  // those with loads
   std::vector<Load::Easy> spare_;
   Load::Clock::time_point nextDeadline_ = Load::Clock::time_point::max();
   std::thread thread_;
