@@ -5,8 +5,8 @@ PRESET ?= debug
 .PHONY: help bootstrap build test demo demo-ui bench format lint check clean
 
 help:
-	@echo "make demo     build a shop and the sandbox; what the one does, and what arrives at the other"
-	@echo "make demo-ui  the same in a window; without a display pictures of it are taken"
+	@echo "make demo     a shop reports to the local sandbox: what it did, and what arrived"
+	@echo "make demo-ui  a shop in a window; without a display pictures of it are taken"
 	@echo "make test     build and run all tests (PRESET=asan-ubsan, tsan or release for those)"
 	@echo "make bench    run the benchmarks (optimised build)"
 	@echo "make check    format, lint, build and test, as CI does"
