@@ -6,8 +6,8 @@ SECONDS ?= 60
 .PHONY: help bootstrap build test demo bench faults packages docs demo-ui coverage fuzz format lint check clean
 
 help:
-	@echo "make demo     build a shop and the sandbox; what the one does, and what arrives at the other"
-	@echo "make demo-ui  the same in a window; without a display pictures of it are taken"
+	@echo "make demo     a shop reports to the local sandbox: what it did, and what arrived"
+	@echo "make demo-ui  a shop in a window; without a display pictures of it are taken"
 	@echo "make test     build and run all tests (PRESET=asan-ubsan, tsan or release for those)"
 	@echo "make packages Debian packages, into build/packages/packages"
 	@echo "make faults   hosts live among faults of all they stand on (SECONDS=60, SEED=n)"

@@ -71,6 +71,7 @@ Storefront::Storefront(GtkApplication* application, std::string pages)
 
 void Storefront::go(const std::string& destination) {
   destination_ = destination;
+  if (isReporting_) QWClient::identifyUser();  // a link may have brought a customer
   auto path = destination.substr(0, destination.find_first_of("?#"));
   if (const auto* product = find(path.substr(path.rfind('/') + 1))) {
     showProduct(*product);

@@ -43,6 +43,7 @@ std::map<std::string, std::optional<std::string>> Desktop::environment(
       {"DISPLAY", display},
       {"WAYLAND_DISPLAY", std::nullopt},
       {"DBUS_SESSION_BUS_ADDRESS", "disabled:"},
+      {"G_DEBUG", "fatal-criticals"},
       {"GDK_BACKEND", "x11"},
       {"GSK_RENDERER", "cairo"},
       {"GTK_A11Y", "test"},

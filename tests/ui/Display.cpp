@@ -59,11 +59,12 @@ void Display::click(int x, int y) {
   XSync(native(connection_), False);
 }
 
-void Display::pressEscape() {
+void Display::press(Key key) {
   auto* display = native(connection_);
-  auto key = XKeysymToKeycode(display, XK_Escape);
-  XTestFakeKeyEvent(display, key, True, CurrentTime);
-  XTestFakeKeyEvent(display, key, False, CurrentTime);
+  KeySym symbol = key == Key::escape ? XK_Escape : key == Key::tab ? XK_Tab : XK_Return;
+  auto code = XKeysymToKeycode(display, symbol);
+  XTestFakeKeyEvent(display, code, True, CurrentTime);
+  XTestFakeKeyEvent(display, code, False, CurrentTime);
   XSync(display, False);
 }
 

@@ -26,7 +26,9 @@ class Display {
 
   void click(int x, int y);
   void moveTo(int x, int y);
-  void pressEscape();
+  enum class Key { escape, tab, enter };
+  void press(Key key);
+  void pressEscape() { press(Key::escape); }
 
   /// Gives the keyboard to the window that is shown; there is no window manager to do so.
   void focusWindow();

@@ -6,9 +6,9 @@
 #include "quenwick/platform/JSONSerialization.h"
 
 namespace quenwick::tests {
-Host::Host(const std::string& display) {
+Host::Host(const std::string& display, const std::string& kind) {
   auto home = desktop_.folder() / "home";
-  program_ = std::make_unique<ChildProcess>(std::vector<std::string>{UI_HOST, home.string()},
+  program_ = std::make_unique<ChildProcess>(std::vector<std::string>{UI_HOST, home.string(), kind},
                                             desktop_.environment(display));
   if (next("ready").isNull()) throw std::runtime_error("the host did not start");
 }

@@ -14,8 +14,8 @@ namespace quenwick::tests {
 /// The host program with its window on a display, and what it says of itself.
 class Host {
  public:
-  /// Returns once its window is there.
-  explicit Host(const std::string& display);
+  /// Returns once its window, "plain" or of "adwaita", is there.
+  explicit Host(const std::string& display, const std::string& kind = "plain");
 
   ChildProcess& program() { return *program_; }
   void tell(const std::string& command) { program_->tell(command); }

@@ -218,11 +218,15 @@ TEST_F(WebViewTest, WhatNobodyTappedFollowsThePolicyForThePageItselfAlone) {
                 frame("src='shopapp://auto?buttonID=auto'"), "shopapp://auto?buttonID=auto", "auto",
                 true},
            Case{"a window", page("<script>open('/out')</script>"), "", "", false},
+           Case{"a file", frame("src='/file?inFrame'"), "", "", false},
        }) {
     SCOPED_TRACE(what);
     serve({{"/page", {{"body", body}}},
            {"/out", {{"body", "out"}}},
-           {"/inner", {{"body", page("")}}}});
+           {"/inner", {{"body", page("")}}},
+           {"/file",
+            {{"body", "bytes"},
+             {"headers", Dictionary{{"Content-Disposition", "attachment; filename=a.txt"}}}}}});
     start("message", "/page");
     if (!opened.empty()) {
       auto url = opened.front() == '/' ? address(opened) : opened;
@@ -233,8 +237,9 @@ TEST_F(WebViewTest, WhatNobodyTappedFollowsThePolicyForThePageItselfAlone) {
     } else {
       EXPECT_TRUE(eventually([&] { return query("/ready").has_value(); }));
     }
-    if (body.find("/inner") != body.npos) {
-      EXPECT_TRUE(eventually([&] { return query("/inner").has_value(); }));
+    for (const auto* path : {"/inner", "/file"}) {
+      if (body.find(path) == body.npos) continue;
+      EXPECT_TRUE(eventually([&] { return query(path).has_value(); }));
     }
     leave(closes);
     EXPECT_LE(host_->said("button").size(), *button ? 1U : 0U);
@@ -367,6 +372,20 @@ TEST_F(WebViewTest, AHostThatReplacesItsContentCanShowTheNextView) {
   EXPECT_TRUE(isClosed());
   show("browser", "/m");
   close();
+}
+
+TEST_F(WebViewTest, AWindowThatKeepsItsContentElsewhereIsCoveredToo) {
+  auto usual = std::exchange(host_, std::make_unique<Host>(display_->name(), "adwaita"));
+  serve("/m", page(""));
+  show("message", "/m");
+  EXPECT_TRUE(eventually([&] { return display_->colorAt(400, 300) == 0x12ab34; }));
+  EXPECT_EQ(*closeButton().find("isNamedClose"), Value(true));
+  close();
+  host_->tell("replace-content");
+  EXPECT_EQ(host_->next("covered"), Value(false));
+  show("browser", "/m");
+  close();
+  host_ = std::move(usual);
 }
 
 }  // namespace

@@ -2,9 +2,12 @@
 # processes would not bear them.
 
 pkg_check_modules(XTEST REQUIRED IMPORTED_TARGET xtst x11 cairo)
+pkg_check_modules(ADWAITA REQUIRED IMPORTED_TARGET libadwaita-1)
+set_target_properties(PkgConfig::ADWAITA PROPERTIES INTERFACE_COMPILE_OPTIONS "")
 
 add_executable(ui_host ui/host.cpp)
-target_link_libraries(ui_host PRIVATE quenwick_test_support quenwick_ui quenwick_ui_gtk PkgConfig::GTK)
+target_link_libraries(ui_host PRIVATE
+  quenwick_test_support quenwick_ui quenwick_ui_gtk PkgConfig::GTK PkgConfig::ADWAITA)
 quenwick_program(ui_host)
 
 add_library(quenwick_ui_test_support STATIC

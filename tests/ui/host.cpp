@@ -1,7 +1,8 @@
-// An application with one window that shows in-app views. It takes one command per line of standard
-// input and writes what it notices to standard output, one JSON object per line. It ends with its
-// input.
+// An application with one window, of GTK's or of libadwaita's kind, that shows in-app views. It
+// takes one command per line of standard input and writes what it notices to standard output, one
+// JSON object per line. It ends with its input.
 
+#include <adwaita.h>
 #include <gtk/gtk.h>
 
 #include <cstdio>
@@ -24,6 +25,16 @@ namespace {
 
 GtkWindow* window = nullptr;
 
+/// Where the window keeps its content: there are those with a name of their own for it.
+const char* contentProperty = "child";
+
+GtkWidget* content() {
+  GtkWidget* found = nullptr;
+  g_object_get(window, contentProperty, &found, nullptr);
+  if (found) g_object_unref(found);  // the window has it
+  return found;
+}
+
 void say(const platform::Dictionary& event) {
   auto line = platform::JSONSerialization::text(event) + "\n";
   std::fwrite(line.data(), 1, line.size(), stdout);
@@ -39,9 +50,8 @@ class SayingLog : public platform::LogSink {
 };
 
 /// What of the window's content can be seen of its own: the label, or a cover over it.
-void contentChanged(GtkWindow* changed, GParamSpec*, gpointer) {
-  auto* content = gtk_window_get_child(changed);
-  if (content) say({{"covered", GTK_IS_OVERLAY(content) != FALSE}});
+void contentChanged(GtkWindow*, GParamSpec*, gpointer) {
+  if (auto* shown = content()) say({{"covered", GTK_IS_OVERLAY(shown) != FALSE}});
 }
 
 GtkWidget* findButton(GtkWidget* widget) {
@@ -68,6 +78,7 @@ void describeCloseButton() {
                                             {"height", bounds.size.height},
                                             {"isVisible", gtk_widget_get_visible(button) != FALSE},
                                             {"isNamedClose", wrong == nullptr},
+                                            {"isFocused", gtk_widget_has_focus(button) != FALSE},
                                             {"isLeaving", isLeaving}}}});
   g_free(wrong);
 }
@@ -142,12 +153,20 @@ void obey(const std::string& line) {
   if (command == "paste") platform::spawn(paste());
   if (command == "right-to-left") gtk_widget_set_default_direction(GTK_TEXT_DIR_RTL);
   if (command == "left-to-right") gtk_widget_set_default_direction(GTK_TEXT_DIR_LTR);
-  if (command == "replace-content") gtk_window_set_child(window, gtk_label_new("Other"));
+  if (command == "replace-content")
+    g_object_set(window, contentProperty, gtk_label_new("Other"), nullptr);
 }
 
-void activate(GtkApplication* application, gpointer) {
+GtkWidget* makeWindow(GtkApplication* application, const std::string& kind) {
+  if (kind != "adwaita") return gtk_application_window_new(application);
+  adw_init();
+  contentProperty = "content";
+  return adw_application_window_new(application);
+}
+
+void activate(GtkApplication* application, gpointer kind) {
   ui::install();
-  window = GTK_WINDOW(gtk_application_window_new(application));
+  window = GTK_WINDOW(makeWindow(application, *static_cast<std::string*>(kind)));
   gtk_window_set_decorated(window, FALSE);
   // There is no window manager to do this.
   GdkRectangle screen;
@@ -157,9 +176,9 @@ void activate(GtkApplication* application, gpointer) {
   gdk_monitor_get_geometry(monitor, &screen);
   g_object_unref(monitor);
   gtk_window_set_default_size(window, screen.width, screen.height);
-  auto* content = gtk_entry_new();
-  gtk_window_set_child(window, content);
-  g_signal_connect(window, "notify::child", reinterpret_cast<GCallback>(contentChanged), nullptr);
+  g_object_set(window, contentProperty, gtk_entry_new(), nullptr);
+  auto changed = std::string("notify::") + contentProperty;
+  g_signal_connect(window, changed.c_str(), reinterpret_cast<GCallback>(contentChanged), nullptr);
   gtk_window_present(window);
   say({{"ready", !ui::install()}});
   std::thread([application] {
@@ -170,15 +189,17 @@ void activate(GtkApplication* application, gpointer) {
   }).detach();
 }
 
-int run(const char* home) {
+int run(const char* home, std::string kind) {
   platform::configureHost({.bundleIdentifier = "com.example.host", .home = home});
   platform::setLogSink(std::make_shared<SayingLog>());
   auto* application = gtk_application_new("com.example.host", G_APPLICATION_NON_UNIQUE);
-  g_signal_connect(application, "activate", reinterpret_cast<GCallback>(activate), nullptr);
+  g_signal_connect(application, "activate", reinterpret_cast<GCallback>(activate), &kind);
   return g_application_run(G_APPLICATION(application), 0, nullptr);
 }
 
 }  // namespace
 }  // namespace quenwick::tests
 
-int main(int count, char** words) { return count == 2 ? quenwick::tests::run(words[1]) : 2; }
+int main(int count, char** words) {
+  return count == 3 ? quenwick::tests::run(words[1], words[2]) : 2;
+}
