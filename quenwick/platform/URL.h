@@ -14,7 +14,8 @@ namespace quenwick::platform::inline v0 {
 class QUENWICK_EXPORT URL {
  public:
   /// None where the text is empty, is not UTF-8, holds a blank or a control character, or breaks
-  /// the grammar (a port that is none, an open bracket). A stray % is let through.
+  /// the grammar (a port that is none, an open bracket, a % in the scheme). A stray % elsewhere is
+  /// let through.
   static std::optional<URL> parse(std::string text);
 
   /// The text taken relative to `base`; a text with a scheme of its own stands as it is.

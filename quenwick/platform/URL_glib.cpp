@@ -96,6 +96,8 @@ std::optional<URL> URL::parse(std::string text) {
   OwnedText ownedScheme(scheme), ownedUser(user), ownedHost(host), ownedPath(path),
       ownedQuery(query), ownedFragment(fragment);
   if (!isParsed) return std::nullopt;
+  // The mask makes letters of what no scheme may hold.
+  if (text.compare(0, length(scheme), mask, 0, length(scheme)) != 0) return std::nullopt;
 
   // From the end: what follows the path has one mark before it, and the path's own length says
   // where an authority must have ended.

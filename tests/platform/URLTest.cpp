@@ -49,9 +49,9 @@ TEST(URL, IsTakenApartWithoutARewrittenByte) {
 
 TEST(URL, IsRefusedWithBlanksControlBytesOrBrokenGrammar) {
   using namespace std::string_literals;
-  for (const auto& text :
-       {""s, " "s, "https://h/a b"s, "https://h/\n"s, "https://h/\0x"s, "https://h/\x7f"s,
-        "https://h:port/"s, "https://h:99999999/"s, "https://[::1/"s, "https://h/\xff"s}) {
+  for (const auto& text : {""s, " "s, "https://h/a b"s, "https://h/\n"s, "https://h/\0x"s,
+                           "https://h/\x7f"s, "https://h:port/"s, "https://h:99999999/"s,
+                           "https://[::1/"s, "https://h/\xff"s, "ht%74ps://h/"s, "h`:x"s}) {
     EXPECT_FALSE(URL::parse(text)) << text;
   }
 }
