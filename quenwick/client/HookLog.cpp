@@ -12,10 +12,6 @@ namespace {
 
 thread_local bool isInHook = false;
 
-void writeToStandardError(const platform::LogEntry& entry) {
-  platform::StandardErrorLog().write(entry);
-}
-
 void call(const HookLog::Hook& hook, const platform::LogEntry& entry) {
   // Set back only after the call has ended: the line about what the hook throws must not reach it.
   struct Inside {
@@ -23,7 +19,8 @@ void call(const HookLog::Hook& hook, const platform::LogEntry& entry) {
     ~Inside() { isInHook = false; }
   } inside;
   bool isCalled = HostCalls::shared().run([&] { hook(entry.level, entry.message); });
-  if (!isCalled) writeToStandardError(entry);
+  // The host takes nothing any more; what went wrong is not lost.
+  if (!isCalled) platform::StandardErrorLog(platform::LogLevel::error).write(entry);
 }
 
 bool mayBeWaitedFor() {
@@ -33,7 +30,7 @@ bool mayBeWaitedFor() {
 }  // namespace
 
 void HookLog::write(const platform::LogEntry& entry) {
-  if (isInHook) return writeToStandardError(entry);
+  if (isInHook) return platform::StandardErrorLog().write(entry);
   if (!mayBeWaitedFor()) return call(*hook_, entry);
   static auto& strand = *new auto(platform::makeStrand());
   strand->post([hook = hook_, entry] { call(*hook, entry); });

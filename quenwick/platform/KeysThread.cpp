@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "quenwick/platform/Seal_openssl.h"
 #include "quenwick/platform/Thread.h"
 
 namespace quenwick::platform {
@@ -11,7 +12,9 @@ constexpr std::chrono::seconds kPatienceAtExit(1);
 
 SerialThread& makeThread() {
   auto& thread = *new SerialThread("quenwick-keys");
-  // It seals with OpenSSL, which the host may have torn down next.
+  // It seals with OpenSSL. If the host has that torn down, then after this thread's end: what is
+  // set up first is torn down last.
+  prepareSealing();
   atProcessExit([] { keysThread().end(kPatienceAtExit); });
   return thread;
 }

@@ -84,9 +84,10 @@ std::optional<std::string> SealingKey::open(std::string_view sealed,
   return secret;
 }
 
+void prepareSealing() { OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr); }
+
 std::string randomBytes(std::size_t count) {
-  // As the loading thread does: OpenSSL is not torn down at exit under a thread that uses it.
-  OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
+  prepareSealing();
   std::string random(count, '\0');
   if (RAND_bytes(bytes(random), static_cast<int>(count)) != 1) fail();
   return random;

@@ -30,6 +30,10 @@ class SealingKey {
   std::array<unsigned char, kSize> key_{};
 };
 
+/// As the loading thread does: OpenSSL is not torn down at exit under a thread that uses it, unless
+/// the host has asked for that before.
+void prepareSealing();
+
 /// Bytes that nobody can foretell. Throws `SecItemError`.
 std::string randomBytes(std::size_t count);
 

@@ -57,7 +57,7 @@ void called(Way place) {
 }
 
 void takeLine(LogLevel, std::string_view message) {
-  for (auto fault : {"damaged", "cannot be", "out of reach", "escaped", "failed to"}) {
+  for (auto fault : {"damaged", "cannot be", "escaped", "failed to"}) {
     if (message.find(fault) != message.npos) print("fault: " + std::string(message));
   }
   called(Way::inHook);
