@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "quenwick/client/QWClient.h"
+#include <quenwick/quenwick.h>
 
 namespace shop {
 

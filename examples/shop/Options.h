@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "quenwick/client/QWClient.h"
+#include <quenwick/quenwick.h>
 
 namespace shop {
 

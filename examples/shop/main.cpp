@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <thread>
 
+#include <quenwick/quenwick.h>
 #include "examples/shop/Journal.h"
 #include "examples/shop/Options.h"
-#include "quenwick/client/QWClient.h"
 
 namespace shop {
 namespace {

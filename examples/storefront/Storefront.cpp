@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "quenwick/client/QWClient.h"
+#include <quenwick/quenwick.h>
 
 namespace storefront {
 namespace {

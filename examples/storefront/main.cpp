@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
+#include <quenwick/quenwick.h>
+#include <quenwick/ui_gtk/quenwick-ui.h>
 #include "examples/storefront/Storefront.h"
-#include "quenwick/client/QWClient.h"
-#include "quenwick/ui_gtk/quenwick-ui.h"
 
 namespace storefront {
 namespace {
