@@ -107,19 +107,19 @@ void openLinks() {
                       {.deadline = 5ms, .stop = stop.get_token()});
     QWClient::addHandleablePaths({{"l.example", {"/slow"}}});
     stop.request_stop();
-    std::this_thread::sleep_for(2ms);
+    std::this_thread::sleep_for(5ms);
   }
 }
 
 void report() {
-  for (;;) {
+  for (int round = 0;; ++round) {
     auto subscription =
         QWClient::storedDeeplinkPublisher().subscribe([](const auto&) { called(Way::inReceiver); });
     QWClient::productViewed({{"id", 42}, {"price", 3.5}});
     QWClient::orderCompleted({{"products", List{Dictionary{{"id", "a"}}}}});
     QWClient::identifyUser();
-    QWClient::registerForBehaviors("key");
-    std::this_thread::sleep_for(3ms);
+    if (round % 10 == 0) QWClient::registerForBehaviors("key");
+    std::this_thread::sleep_for(5ms);
   }
 }
 
@@ -172,7 +172,7 @@ int main(int count, char** words) {
   QWClient::setEventsEnabledHandler([] { called(Way::inHandler); });
   for (auto work : {keep, openLinks, report}) std::thread(work).detach();
   if (tls == 1) OPENSSL_init_ssl(0, nullptr);
-  wait(std::chrono::microseconds(random() % 60'000));
+  wait(std::chrono::microseconds(random() % 50'000));
   isLeaving = true;
   print("set " + std::to_string(lastSet));
   return 0;
