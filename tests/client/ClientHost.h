@@ -64,7 +64,7 @@ class ClientHost : public testing::Test {
 
   void SetUp() override { ASSERT_TRUE(configure(configuration())); }
   /// The library calls nothing any more that goes with the test.
-  void TearDown() override { EXPECT_TRUE(QWClient::shutdown(std::chrono::seconds(10))); }
+  void TearDown() override { EXPECT_TRUE(QWClient::shutdown(std::chrono::seconds(60))); }
 
   Configuration configuration() {
     auto session = service_.configuration();

@@ -32,7 +32,7 @@ TEST_F(ShutdownTest, EndsPublishersWhoseReceiversAreReleased) {
   EXPECT_EQ(published.wait(1).size(), 1U);
   QWClient::registerDeeplinkDomains({"l.example"});
   QWClient::handleUniversalLink(kSlow);
-  EXPECT_TRUE(QWClient::shutdown(5s));
+  EXPECT_TRUE(QWClient::shutdown(60s));
   auto late = publisher.subscribe(receive);
   EXPECT_EQ(token.use_count(), 2) << "what the test itself holds";
   settle();
@@ -49,7 +49,7 @@ TEST_F(ShutdownTest, ReleasesTheHandlersOfEveryClient) {
   QWClient::startWithResult({.result = [token](const auto&, const auto&) {}});
   QWClient::setEventsEnabledHandler([token] {});
   QWClient::resolve(kSlow, handler);
-  EXPECT_TRUE(QWClient::shutdown(5s));
+  EXPECT_TRUE(QWClient::shutdown(60s));
   // A resolution that has just ended lets go of its own a moment later.
   auto end = std::chrono::steady_clock::now() + 10s;
   while (token.use_count() > 2 && std::chrono::steady_clock::now() < end) settle();
@@ -59,7 +59,7 @@ TEST_F(ShutdownTest, ReleasesTheHandlersOfEveryClient) {
 TEST_F(ShutdownTest, EveryCallAfterItIsRefusedWithALine) {
   QWClient::addHandleablePaths({{"l.example", {"."}}});
   auto client = QWClient::shared();
-  EXPECT_TRUE(QWClient::shutdown(5s));
+  EXPECT_TRUE(QWClient::shutdown(60s));
   testing::internal::CaptureStderr();
   EXPECT_TRUE(QWClient::handleablePaths().empty());
   EXPECT_EQ(QWClient::storedDeeplink(), std::nullopt);
@@ -92,8 +92,8 @@ TEST_F(ShutdownTest, AHandlerMayShutTheLibraryDownWhileAnotherThreadDoes) {
   QWClient::start({.deeplinkDomains = {"l.example"},
                    .shouldRegisterForBehaviorEvents = false,
                    .deeplinkHandler = [&](const auto&) {
-                     other = std::async(std::launch::async, QWClient::shutdown, 20s);
-                     results_.add(QWClient::shutdown(20s) ? "ended" : "not ended");
+                     other = std::async(std::launch::async, QWClient::shutdown, 60s);
+                     results_.add(QWClient::shutdown(60s) ? "ended" : "not ended");
                    }});
   QWClient::handleUniversalLink(kLink);
   EXPECT_EQ(results_.wait(1), std::vector<std::string>{"ended"});
