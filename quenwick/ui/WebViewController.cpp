@@ -21,6 +21,10 @@ constexpr auto kCloseButtonSymbol = "xmark.circle.fill";
 
 void logError(std::string_view message) { Logger::error(QWLogType::none, message); }
 
+void openOutside(const platform::URL& url) {
+  if (auto application = platform::Application::shared()) application->open(url);
+}
+
 void present(std::shared_ptr<WebViewController> controller) {
   controller->modalPresentationStyle = platform::ModalPresentationStyle::overCurrentContext;
   controller->modalPresentationCapturesStatusBarAppearance = true;
@@ -126,11 +130,10 @@ void WebViewController::webView(platform::WebView&,
 
 void WebViewController::carryOut(const NavigationDecision& decision, const platform::URL& url) {
   using Action = NavigationDecision::Action;
-  bool opensOutside =
-      decision.action == Action::openOutside || decision.action == Action::openOutsideAndDismiss;
-  auto application = platform::Application::shared();
-  if (opensOutside && application) application->open(url);
+  // What ends the view is opened before the host hears of it, what leaves it there after.
+  if (decision.action == Action::openOutsideAndDismiss) openOutside(url);
   if (decision.buttonID) report(*decision.buttonID);
+  if (decision.action == Action::openOutside) openOutside(url);
   if (decision.action == Action::openOutsideAndDismiss) dismiss(/*animated=*/true);
   if (decision.action == Action::openInAppBrowser) {
     dismiss(/*animated=*/true);

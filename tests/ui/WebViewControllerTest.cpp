@@ -109,7 +109,7 @@ TEST_F(WebViewControllerTest, CarriesOutWhatANavigationDoes) {
   };
   for (const auto& [mode, to, isAllowed, record] : {
            Case{false, "https://h/?inFrame&buttonID=1", true, {"button 1"}},
-           Case{false, "https://h/?buttonID=2", false, {"open https://h/?buttonID=2", "button 2"}},
+           Case{false, "https://h/?buttonID=2", false, {"button 2", "open https://h/?buttonID=2"}},
            Case{false,
                 "tel:1?buttonID=3",
                 false,
