@@ -99,7 +99,7 @@ std::string resolved(const Parts& base, const Parts& reference) {
   if (reference.authority || reference.path.starts_with('/')) {
     path = withoutDotSegments(reference.path);
   } else if (reference.path.empty()) {
-    path = base.path;
+    path = withoutDotSegments(base.path);  // which the standard leaves to a base's own parsing
     if (!query) query = base.query;
   } else {
     auto folder = std::string(base.path.substr(0, base.path.rfind('/') + 1));
@@ -161,7 +161,9 @@ void checkReference(const URL& base, std::string_view text) {
   // A base without an authority is a redirect's never.
   if (!target || !base.authority()) return;
   auto expected = resolved(partsOf(base.absoluteString()), partsOf(text));
-  bool isAmbiguous = !partsOf(expected).authority != !target->authority();
+  auto authority = partsOf(expected).authority;
+  // An empty port is left out, which is the same.
+  bool isAmbiguous = !authority != !target->authority() || (authority && authority->ends_with(':'));
   holds(isAmbiguous || target->absoluteString() == expected,
         "a reference is resolved as the standard says",
         std::string(text) + " against " + base.absoluteString() + " is " +
