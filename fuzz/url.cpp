@@ -93,16 +93,18 @@ std::string withoutDotSegments(std::string_view in) {
 
 /// RFC 3986, 5.2.2, for a reference without a scheme.
 std::string resolved(const Parts& base, const Parts& reference) {
+  // A base is without dot segments, which the standard leaves to whoever parsed it.
+  const auto basePath = withoutDotSegments(base.path);
   auto authority = reference.authority ? reference.authority : base.authority;
   auto query = reference.query;
   std::string path;
   if (reference.authority || reference.path.starts_with('/')) {
     path = withoutDotSegments(reference.path);
   } else if (reference.path.empty()) {
-    path = withoutDotSegments(base.path);  // which the standard leaves to a base's own parsing
+    path = basePath;
     if (!query) query = base.query;
   } else {
-    auto folder = std::string(base.path.substr(0, base.path.rfind('/') + 1));
+    auto folder = basePath.substr(0, basePath.rfind('/') + 1);
     if (base.authority && folder.empty()) folder = "/";
     path = withoutDotSegments(folder.append(reference.path));
   }
