@@ -93,16 +93,18 @@ std::string withoutDotSegments(std::string_view in) {
 
 /// RFC 3986, 5.2.2, for a reference without a scheme.
 std::string resolved(const Parts& base, const Parts& reference) {
+  // A base is without dot segments, which the standard leaves to whoever parsed it.
+  const auto basePath = withoutDotSegments(base.path);
   auto authority = reference.authority ? reference.authority : base.authority;
   auto query = reference.query;
   std::string path;
   if (reference.authority || reference.path.starts_with('/')) {
     path = withoutDotSegments(reference.path);
   } else if (reference.path.empty()) {
-    path = base.path;
+    path = basePath;
     if (!query) query = base.query;
   } else {
-    auto folder = std::string(base.path.substr(0, base.path.rfind('/') + 1));
+    auto folder = basePath.substr(0, basePath.rfind('/') + 1);
     if (base.authority && folder.empty()) folder = "/";
     path = withoutDotSegments(folder.append(reference.path));
   }
@@ -161,7 +163,9 @@ void checkReference(const URL& base, std::string_view text) {
   // A base without an authority is a redirect's never.
   if (!target || !base.authority()) return;
   auto expected = resolved(partsOf(base.absoluteString()), partsOf(text));
-  bool isAmbiguous = !partsOf(expected).authority != !target->authority();
+  auto authority = partsOf(expected).authority;
+  // An empty port is left out, which is the same.
+  bool isAmbiguous = !authority != !target->authority() || (authority && authority->ends_with(':'));
   holds(isAmbiguous || target->absoluteString() == expected,
         "a reference is resolved as the standard says",
         std::string(text) + " against " + base.absoluteString() + " is " +
