@@ -99,8 +99,8 @@ std::vector<std::int64_t> PersistentStore::save(const std::vector<Change>& chang
 SQLiteDatabase& PersistentStore::open() {
   if (database_) return *database_;
   try {
-    database_ =
-        openOrBeginAnew(file_, [this](SQLiteDatabase& database) { prepare(database, model_); });
+    database_ = openOrBeginAnew(file_, NewFile::quick,
+                                [this](SQLiteDatabase& database) { prepare(database, model_); });
   } catch (const SQLiteError& error) {
     throw PlatformError(std::string(kObjectStoreErrorDomain), ObjectStoreErrorCode::cannotLoad,
                         file_.string() + ": " + error.localizedDescription());

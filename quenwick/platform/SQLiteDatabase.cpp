@@ -59,7 +59,7 @@ void SQLiteDatabase::Close::operator()(sqlite3_stmt* statement) const {
   sqlite3_finalize(statement);
 }
 
-SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& file) {
+SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& file, NewFile newFile) {
   if (!makePrivateFile(file)) throw SQLiteError(SQLITE_CANTOPEN, "the file cannot be opened");
   sqlite3* database = nullptr;
   int code =
@@ -68,8 +68,11 @@ SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& file) {
   database_.reset(database);
   if (code != SQLITE_OK) throw SQLiteError(code, sqlite3_errstr(code));
   sqlite3_busy_timeout(database, kBusyMilliseconds);
+  std::error_code error;
+  bool isBegun = std::filesystem::file_size(file, error) > 0;
+  bool isUnwaited = !isBegun && newFile == NewFile::quick;
+  run(isUnwaited ? "PRAGMA synchronous = OFF" : "PRAGMA synchronous = NORMAL");
   run("PRAGMA journal_mode = WAL");
-  run("PRAGMA synchronous = NORMAL");
 }
 
 std::vector<SQLiteDatabase::Row> SQLiteDatabase::run(std::string_view statement,

@@ -34,12 +34,17 @@ class SQLiteError : public Error {
 /// A value of a column.
 using SQLiteValue = std::variant<std::nullptr_t, std::int64_t, double, std::string>;
 
+/// How a file that is missing is begun. `lasting`: on the disk before anything is kept in it.
+/// `quick`: without waiting for the disk; a power cut in its first moments may leave a damaged one.
+enum class NewFile { lasting, quick };
+
 /// One connection to one SQLite file, with its write-ahead log. Used by one thread at a time.
 /// All operations throw `SQLiteError`.
 class SQLiteDatabase {
  public:
-  /// Opens the file, which is made (mode 0600) where it is missing.
-  explicit SQLiteDatabase(const std::filesystem::path& file);
+  /// Opens the file, which is made (mode 0600) where it is missing. A new one that is begun quickly
+  /// waits for no disk until it is told to.
+  explicit SQLiteDatabase(const std::filesystem::path& file, NewFile newFile = NewFile::lasting);
 
   using Row = std::vector<SQLiteValue>;
 
@@ -87,11 +92,12 @@ class SQLiteTransaction {
 /// makes the tables and reads what must be readable. Of several processes that find the same
 /// damage one sets the file aside.
 template <class Prepare>
-std::unique_ptr<SQLiteDatabase> openOrBeginAnew(const std::filesystem::path& file,
+std::unique_ptr<SQLiteDatabase> openOrBeginAnew(const std::filesystem::path& file, NewFile newFile,
                                                 Prepare prepare) {
   auto open = [&] {
-    auto database = std::make_unique<SQLiteDatabase>(file);
+    auto database = std::make_unique<SQLiteDatabase>(file, newFile);
     prepare(*database);
+    if (newFile == NewFile::quick) database->run("PRAGMA synchronous = NORMAL");
     return database;
   };
   try {

@@ -192,7 +192,7 @@ class SealedBackend : public SecItemBackend {
   /// Opens the file. One that took the place of another is given what this process knows.
   SQLiteDatabase& open() {
     if (database_) return *database_;
-    auto database = openOrBeginAnew(file_, [this](SQLiteDatabase& opened) {
+    auto database = openOrBeginAnew(file_, NewFile::lasting, [this](SQLiteDatabase& opened) {
       makeTables(opened);
       key_.emplace(keyFrom(file_.string() + "-key"));
       checkKey(opened, *key_);

@@ -156,7 +156,7 @@ void UserDefaults::postWrite() {
 /// Opens the file where it is not open, and takes over what it holds; what waits stays on top.
 void UserDefaults::open() {
   if (database_) return;
-  database_ = openOrBeginAnew(file_, makeTable);
+  database_ = openOrBeginAnew(file_, NewFile::quick, makeTable);
   reread();
 }
 

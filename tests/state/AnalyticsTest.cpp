@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <future>
 #include <regex>
+#include <set>
 
 #include "quenwick/CoreData/CoreDataManager.h"
 #include "quenwick/CoreData/DeeplinkQWU.h"
@@ -123,6 +126,26 @@ TEST_F(AnalyticsTest, ALinksIdentifierIsNotedOnceWithTheTimeItWasLastSeen) {
   EXPECT_EQ(records[0].first, "alice");
   EXPECT_EQ(records[1].first, "bob");
   EXPECT_EQ(records[0].second - records[1].second, 1s);
+}
+
+TEST_F(AnalyticsTest, IdentifiersThatWaitInGreatNumberAreAllNoted) {
+  auto& manager = CoreDataManager::shared();
+  std::promise<void> begin;
+  platform::writer().post([started = begin.get_future().share()] { started.wait(); });
+  std::set<std::string> expected;
+  for (int i = 0; i < 250; ++i) {
+    auto value = "user-" + std::to_string(i);
+    analytics_.setQWUDeeplink(value, manager.backgroundContext());
+    expected.insert(value);
+  }
+  begin.set_value();
+  ASSERT_TRUE(platform::writer().drain(1min));
+  std::multiset<std::string> noted;
+  auto context = manager.backgroundContext();
+  context->performAndWait([&] {
+    for (auto* record : fetch<DeeplinkQWU>(*context)) noted.insert(*record->value());
+  });
+  EXPECT_TRUE(std::ranges::equal(noted, expected)) << noted.size();
 }
 
 TEST_F(AnalyticsTest, DatapointsSayWhichApplicationAndInstallThisIs) {
