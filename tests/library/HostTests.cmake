@@ -27,7 +27,7 @@ set_tests_properties(TheLibraryIsInstalled PROPERTIES FIXTURES_SETUP installed)
 function(host_by_cmake name timeout compiler)
   list(JOIN warnings " " flags)
   host_test(${name} ${timeout} ${CMAKE_CTEST_COMMAND}
-    --build-and-test "${consumer}" "${hosts}/${name}" --build-generator Ninja --build-target consumer
+    --build-and-test "${consumer}" "${hosts}/${name}" --build-generator Ninja --build-noclean --build-target consumer
     --build-options -DCMAKE_CXX_COMPILER=${compiler} "-DCMAKE_CXX_FLAGS=${flags}" ${ARGN}
     --test-command $<TARGET_FILE:beside_sandbox> "${hosts}/${name}/consumer" @options)
 endfunction()
