@@ -13,8 +13,11 @@ function(quenwick_library target)
   target_link_libraries(${target} PRIVATE quenwick_flags)
   target_link_options(${target} PRIVATE
     "LINKER:--version-script=${CMAKE_CURRENT_SOURCE_DIR}/exports.map" LINKER:-z,nodelete
-    LINKER:--as-needed LINKER:--gc-sections $<$<NOT:$<BOOL:${QUENWICK_SANITIZE}>>:LINKER:-z,defs>
+    LINKER:--as-needed LINKER:--gc-sections
     $<$<CXX_COMPILER_ID:Clang>:LINKER:--icf=all,-z,pack-relative-relocs>)
+  if(NOT QUENWICK_SANITIZE)  # whose runtime is the program's
+    target_link_options(${target} PRIVATE LINKER:-z,defs)
+  endif()
 endfunction()
 
 get_property(parts GLOBAL PROPERTY QUENWICK_PARTS)
