@@ -106,6 +106,7 @@ const std::vector<Text> kTexts = {
 class InputTest : public ClientHost, public testing::WithParamInterface<Text> {};
 
 TEST_P(InputTest, EndsNothingAndHoldsNobodyUp) {
+  service_.expectRefusals();  // of texts that are no key of the service's
   QWClient::registerDeeplinkDomains({"l.example"});
   Collected<int> enabled;
   QWClient::setEventsEnabledHandler([&] { enabled.add(1); });

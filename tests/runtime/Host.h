@@ -135,8 +135,13 @@ class RuntimeTest : public testing::Test {
   void TearDown() override {
     EXPECT_TRUE(Library::shared().shutdown(30'000));
     loop_.drain();
-    EXPECT_EQ(sandbox_.refusals(), R"({"refusals":[]})");
+    if (!areRefusalsExpected_) {
+      EXPECT_EQ(sandbox_.refusals(), R"({"refusals":[]})");
+    }
   }
+
+  /// The test hands in what the service refuses.
+  void expectRefusals() { areRefusalsExpected_ = true; }
 
   std::string configuration() {
     std::ifstream file(sandbox_.certificateAuthority());
@@ -185,6 +190,7 @@ class RuntimeTest : public testing::Test {
   Lines lines_;
   Recorder enabled_;
   Recorder opened_;
+  bool areRefusalsExpected_ = false;
 };
 
 }  // namespace quenwick::tests
