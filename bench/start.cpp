@@ -80,11 +80,7 @@ void printStart(Service& service) {
 
 void printMemory(Service& service) {
   auto row = [&](const char* what, double bytes, std::optional<Target> target = {}) {
-    print({.table = "memory",
-           .what = what,
-           .unit = Unit::bytes,
-           .ours = bytes,
-           .target = target});
+    print({.table = "memory", .what = what, .unit = Unit::bytes, .ours = bytes, .target = target});
   };
   auto with = reported(service, HOST_PROGRAM, "anonymous", rounds(10), false);
   auto without = reported(service, BARE_PROGRAM, "anonymous", rounds(10), false);

@@ -67,7 +67,8 @@ bool handOn(int from, int to, std::atomic<std::uint64_t>& count) {
   std::array<char, 65536> bytes;
   auto size = ::recv(from, bytes.data(), bytes.size(), 0);
   for (ssize_t sent = 0; sent < size;) {
-    auto part = ::send(to, bytes.data() + sent, static_cast<std::size_t>(size - sent), MSG_NOSIGNAL);
+    auto part =
+        ::send(to, bytes.data() + sent, static_cast<std::size_t>(size - sent), MSG_NOSIGNAL);
     if (part <= 0) return false;
     sent += part;
   }
