@@ -51,8 +51,9 @@ Record outcomeOfTap(const Case& each) {
   bool isInside = isWeb && (staysInBrowser || isInFrame);
 
   Record record{isInside ? "allow" : "cancel"};
-  if (!isInside && !isForBrowser) record.push_back("open " + url.absoluteString());
+  if (!isWeb) record.push_back("open " + url.absoluteString());
   for (const auto& line : reportOf(url)) record.push_back(line);
+  if (isWeb && !isInside && !isForBrowser) record.push_back("open " + url.absoluteString());
   if (!isWeb || isForBrowser) record.emplace_back("dismiss animated");
   if (isForBrowser) record.emplace_back("present over main");
   return record;
