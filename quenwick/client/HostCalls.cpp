@@ -18,7 +18,7 @@ thread_local int runningHere = 0;
 HostCalls& HostCalls::shared() {
   static auto& instance = []() -> HostCalls& {
     auto& made = *new HostCalls;
-    platform::atProcessExit([] { shared().close(kPatienceAtExit); });
+    if (!platform::atProcessExit([] { shared().close(kPatienceAtExit); })) made.close({});
     return made;
   }();
   return instance;

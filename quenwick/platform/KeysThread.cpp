@@ -15,7 +15,7 @@ SerialThread& makeThread() {
   // It seals with OpenSSL. If the host has that torn down, then after this thread's end: what is
   // set up first is torn down last.
   prepareSealing();
-  atProcessExit([] { keysThread().end(kPatienceAtExit); });
+  if (!atProcessExit([] { keysThread().end(kPatienceAtExit); })) thread.end({});
   return thread;
 }
 

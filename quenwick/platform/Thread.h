@@ -12,6 +12,7 @@ std::thread startThread(const char* name, std::function<void()> run);
 
 /// Calls `stop` once when the process exits, before what was set up earlier is torn down. A child
 /// made by fork does not call it: it has none of the parent's threads. `stop` must be bounded.
-void atProcessExit(void (*stop)());
+/// False where the exit has begun: what would have to be stopped must not begin any more.
+bool atProcessExit(void (*stop)());
 
 }  // namespace quenwick::platform

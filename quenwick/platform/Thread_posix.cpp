@@ -36,6 +36,7 @@ struct ExitHook {
 struct ExitHooks {
   std::mutex mutex;
   std::vector<ExitHook> hooks;
+  bool isExiting = false;
 };
 
 ExitHooks& exitHooks() {
@@ -47,6 +48,7 @@ void runLatestExitHook() {
   ExitHook hook{};
   {
     std::lock_guard lock(exitHooks().mutex);
+    exitHooks().isExiting = true;
     hook = exitHooks().hooks.back();
     exitHooks().hooks.pop_back();
   }
@@ -62,10 +64,11 @@ std::thread startThread(const char* name, std::function<void()> run) {
   return thread;
 }
 
-void atProcessExit(void (*stop)()) {
+bool atProcessExit(void (*stop)()) {
   std::lock_guard lock(exitHooks().mutex);
+  if (exitHooks().isExiting) return false;
   exitHooks().hooks.push_back({stop, getpid()});
-  std::atexit(&runLatestExitHook);
+  return std::atexit(&runLatestExitHook) == 0;
 }
 
 }  // namespace quenwick::platform

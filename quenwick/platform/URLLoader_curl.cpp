@@ -51,9 +51,14 @@ URLLoader& URLLoader::shared() {
 }
 
 URLLoader::URLLoader() {
+  // An exit that begins meanwhile waits until there is a thread to be stopped.
+  static std::mutex beginning;
+  std::lock_guard lock(beginning);
   // OpenSSL is not torn down at exit, unless the host has asked for that before: the process may
   // exit while another thread is still setting up what is torn down.
   OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
+  isStopped_ = !atProcessExit([] { std::lock_guard wait(beginning); });
+  if (isStopped_) return;
   curl_global_init(CURL_GLOBAL_DEFAULT);
   multi_ = makeMulti();
   thread_ = startThread("quenwick-load", [this] { run(); });
@@ -116,6 +121,7 @@ void URLLoader::letGo() {
 void URLLoader::post(Command command) {
   {
     std::lock_guard lock(mutex_);
+    if (isStopped_) return;
     commands_.push_back(std::move(command));
     if (commands_.size() > 1 && !holding.isWakeDue) return;  // whoever came first wakes it
     if (holding.depth > 0) {

@@ -158,6 +158,7 @@ class URLLoader {
   std::atomic<std::thread::id> threadID_;
   bool hasBegun_ = false;  // since the transfers were last driven
   bool isStopping_ = false;
+  bool isStopped_ = false;  // before it began: the process exits
 
   std::mutex mutex_;
   std::vector<Command> commands_;

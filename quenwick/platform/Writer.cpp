@@ -5,6 +5,7 @@
 #include <mutex>
 #include <optional>
 
+#include "quenwick/platform/Seal_openssl.h"
 #include "quenwick/platform/Thread.h"
 
 namespace quenwick::platform {
@@ -46,6 +47,7 @@ class FirstOfTwo {
 
 SerialThread& makeWriter() {
   auto& thread = *new SerialThread("quenwick-write", kLull);
+  prepareSealing();  // the first to be told of the exit is told before OpenSSL is torn down
   atProcessExit([] { writer().drain(kPatienceAtExit); });
   return thread;
 }
