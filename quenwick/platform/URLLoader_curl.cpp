@@ -57,13 +57,18 @@ URLLoader::URLLoader() {
   // OpenSSL is not torn down at exit, unless the host has asked for that before: the process may
   // exit while another thread is still setting up what is torn down.
   OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
-  isStopped_ = !atProcessExit([] { std::lock_guard wait(beginning); });
+  isStopped_ = !atProcessExit([] {
+    {
+      std::lock_guard wait(beginning);
+    }
+    shared().stop();
+  });
   if (isStopped_) return;
   curl_global_init(CURL_GLOBAL_DEFAULT);
   multi_ = makeMulti();
   thread_ = startThread("quenwick-load", [this] { run(); });
   threadID_ = thread_.get_id();
-  // After curl and OpenSSL have set up their own ends, so that this one comes before theirs.
+  // Again, after curl and what it stands on have set up their own ends: it comes before theirs.
   atProcessExit([] { shared().stop(); });
 }
 
