@@ -16,6 +16,7 @@ std::shared_ptr<LineRecorder> LineRecorder::install() {
 std::vector<std::string> LineRecorder::lines() const {
   std::lock_guard lock(mutex_);
   std::vector<std::string> lines;
+  lines.reserve(entries_.size());
   for (const auto& entry : entries_) lines.push_back(entry.message);
   return lines;
 }
