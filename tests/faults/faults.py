@@ -80,7 +80,10 @@ class Faults:
         self.disk = folder / "disk"
         self.home = self.disk / "home"
         self.disk.mkdir()
-        subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={DISK}", "tmpfs", self.disk], check=True)
+        self.has_own_disk = os.environ["QUENWICK_OWN_MOUNTS"] == "1"
+        if self.has_own_disk:
+            subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={DISK}", "tmpfs", self.disk],
+                           check=True)
         self.clock = folder / "clock"
         self.set_clock(0)
         self.keyring = Keyring(folder / "keyring")
@@ -160,7 +163,7 @@ class Faults:
         self.life = None
         if self.random.random() < 0.3:
             self.damage()
-        if self.random.random() < 0.3:
+        if self.has_own_disk and self.random.random() < 0.3:
             self.begin_on_read_only_disk()
         self.begin()
 
@@ -235,6 +238,9 @@ class Faults:
         faults = [self.stall, self.cut, self.noise, self.wrong_answers, self.cut_answers, self.restart,
                   self.wrong_certificate, self.full_disk, self.keyring_dies, self.clock_jumps,
                   self.kill_life, self.end_life]
+        if not self.has_own_disk:
+            print("no file system may be made here: the disk is neither full nor read-only")
+            faults.remove(self.full_disk)
         self.begin()
         end = time.monotonic() + seconds
         done = {}
@@ -257,7 +263,8 @@ class Faults:
             self.life.kill()
         self.service.close()
         self.keyring.close()
-        subprocess.run(["umount", "-l", self.disk], check=False)
+        if self.has_own_disk:
+            subprocess.run(["umount", "-l", self.disk], check=False)
 
 
 def main():
@@ -284,10 +291,17 @@ def main():
           ", ".join(f"{name} {count}" for name, count in faults.counts.items() if count))
 
 
+def run_with_own_mounts():
+    """Starts again where a file system can be made that nobody else sees: the full disk."""
+    for options in (["--mount"], ["--map-root-user", "--mount"]):
+        probe = ["unshare", *options, "mount", "-t", "tmpfs", "tmpfs", tempfile.gettempdir()]
+        if subprocess.run(probe, capture_output=True, check=False).returncode == 0:
+            os.environ["QUENWICK_OWN_MOUNTS"] = "1"
+            os.execvp("unshare", ["unshare", *options, sys.executable, *sys.argv])
+    os.environ["QUENWICK_OWN_MOUNTS"] = "0"
+
+
 if __name__ == "__main__":
-    if os.environ.get("QUENWICK_OWN_MOUNTS") != "1":
-        # The full disk is a file system of the test's own, which nobody else sees.
-        os.environ["QUENWICK_OWN_MOUNTS"] = "1"
-        options = ["--mount"] if os.geteuid() == 0 else ["--map-root-user", "--mount"]
-        os.execvp("unshare", ["unshare", *options, sys.executable, *sys.argv])
+    if "QUENWICK_OWN_MOUNTS" not in os.environ:
+        run_with_own_mounts()
     main()
