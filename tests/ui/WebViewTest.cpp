@@ -365,6 +365,25 @@ TEST_F(WebViewTest, AScriptReachesNoFileAndNothingOfTheHost) {
   close();
 }
 
+TEST_F(WebViewTest, APageIsForgottenIsVerifiedAndCannotBeInspected) {
+  serve("/m", page(""));
+  show("message", "/m");
+  host_->tell("page");
+  EXPECT_EQ(
+      host_->next("page"),
+      Value(Dictionary{{"isEphemeral", true}, {"verifies", true}, {"hasDeveloperTools", false}}));
+  close();
+}
+
+TEST_F(WebViewTest, ADownloadIsRefusedWithALine) {
+  serve({{"/m", {{"body", linkTo("download href='/file?inFrame'")}}},
+         {"/file", {{"type", "application/octet-stream"}, {"body", "bytes"}}}});
+  show("message", "/m");
+  tap();
+  EXPECT_EQ(host_->next("error"), Value("A page's download was refused"));
+  close();
+}
+
 TEST_F(WebViewTest, AHostThatReplacesItsContentCanShowTheNextView) {
   serve("/m", page(""));
   show("message", "/m");

@@ -4,6 +4,7 @@
 
 #include <adwaita.h>
 #include <gtk/gtk.h>
+#include <webkit/webkit.h>
 
 #include <cstdio>
 #include <iostream>
@@ -54,17 +55,37 @@ void contentChanged(GtkWindow*, GParamSpec*, gpointer) {
   if (auto* shown = content()) say({{"covered", GTK_IS_OVERLAY(shown) != FALSE}});
 }
 
-GtkWidget* findButton(GtkWidget* widget) {
-  if (GTK_IS_BUTTON(widget) && gtk_widget_has_css_class(widget, "quenwick-close")) return widget;
+using IsSought = bool(GtkWidget*);
+
+GtkWidget* find(GtkWidget* widget, IsSought* isSought) {
+  if (isSought(widget)) return widget;
   for (auto* child = gtk_widget_get_first_child(widget); child;
        child = gtk_widget_get_next_sibling(child)) {
-    if (auto* found = findButton(child)) return found;
+    if (auto* found = find(child, isSought)) return found;
   }
   return nullptr;
 }
 
+bool isCloseButton(GtkWidget* widget) {
+  return GTK_IS_BUTTON(widget) && gtk_widget_has_css_class(widget, "quenwick-close");
+}
+
+bool isPage(GtkWidget* widget) { return WEBKIT_IS_WEB_VIEW(widget); }
+
+void describePage() {
+  auto* page = WEBKIT_WEB_VIEW(find(GTK_WIDGET(window), isPage));
+  auto* session = webkit_web_view_get_network_session(page);
+  auto* settings = webkit_web_view_get_settings(page);
+  auto onErrors = webkit_network_session_get_tls_errors_policy(session);
+  say({{"page",
+        platform::Dictionary{{"isEphemeral", webkit_network_session_is_ephemeral(session) != FALSE},
+                             {"verifies", onErrors == WEBKIT_TLS_ERRORS_POLICY_FAIL},
+                             {"hasDeveloperTools",
+                              webkit_settings_get_enable_developer_extras(settings) != FALSE}}}});
+}
+
 void describeCloseButton() {
-  auto* button = findButton(GTK_WIDGET(window));
+  auto* button = find(GTK_WIDGET(window), isCloseButton);
   if (!button) return say({{"closeButton", nullptr}});
   graphene_rect_t bounds;
   if (!gtk_widget_compute_bounds(button, GTK_WIDGET(window), &bounds)) return;
@@ -148,6 +169,7 @@ void obey(const std::string& line) {
     UIApplication::keyWindow()->present(std::make_shared<Impatient>(*platform::URL::parse(first)));
   }
   if (command == "close-button") describeCloseButton();
+  if (command == "page") describePage();
   if (command == "link-user") Analytics::shared().setQWU(first);
   if (command == "copy") copy(first, second);
   if (command == "paste") platform::spawn(paste());
