@@ -11,6 +11,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "bench/support/LocalAddress.h"
+
 namespace quenwick::bench {
 namespace {
 
@@ -21,14 +23,6 @@ struct Pair {
   int client = -1;
   int server = -1;
 };
-
-sockaddr_in localAddress(std::uint16_t port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return address;
-}
 
 int makeSocket() {
   int made = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);

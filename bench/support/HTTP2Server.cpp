@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "bench/support/LocalAddress.h"
 #include "sandbox/CertificateAuthority.h"
 
 namespace quenwick::bench {
@@ -47,14 +48,6 @@ constexpr auto kHandOn = R"(proxy_http_version 1.1;
       proxy_set_header Host $host;
       proxy_set_header Connection "";
       proxy_pass http://127.0.0.1:)";
-
-sockaddr_in localAddress(std::uint16_t port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return address;
-}
 
 template <class Call>
 bool withAddress(std::uint16_t port, Call call) {
