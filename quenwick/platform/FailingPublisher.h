@@ -85,11 +85,13 @@ class FailingPublisher {
 
     void receive(T&& value) {
       if (hasEnded) return;
+      std::exception_ptr failure;
       try {
         subscriber.receive(std::move(value));
       } catch (...) {
-        complete(std::current_exception());
+        failure = std::current_exception();
       }
+      if (failure) complete(failure);
     }
     void complete(const std::exception_ptr& failure) {
       if (!std::exchange(hasEnded, true)) subscriber.complete(failure);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <exception>
 #include <type_traits>
 
 #include "quenwick/platform/SerialThread.h"
@@ -18,18 +17,7 @@ template <class Run>
 auto onKeysThread(Run run) {
   using Result = std::invoke_result_t<Run>;
   return suspend<Result>([run = std::move(run)](Continuation<Result> continuation) {
-    keysThread().post([run, continuation] {
-      try {
-        if constexpr (std::is_void_v<Result>) {
-          run();
-          continuation.resume();
-        } else {
-          continuation.resume(run());
-        }
-      } catch (...) {
-        continuation.fail(std::current_exception());
-      }
-    });
+    keysThread().post([run, continuation] { continuation.resumeWith(run); });
   });
 }
 

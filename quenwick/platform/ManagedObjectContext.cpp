@@ -68,12 +68,13 @@ void ManagedObjectContext::performAndWait(const Work& work) {
   // Shared: the one who waits may go on while the other is still about to leave it.
   auto done = std::make_shared<std::promise<void>>();
   post([&work, done] {
+    std::exception_ptr failure;
     try {
       work();
-      done->set_value();
     } catch (...) {
-      done->set_exception(std::current_exception());
+      failure = std::current_exception();
     }
+    failure ? done->set_exception(std::move(failure)) : done->set_value();
   });
   if (queue_ != Queue::main) writer().hurry();
   done->get_future().get();

@@ -26,6 +26,20 @@ class Outcome {
     outcome_.template emplace<1>(std::forward<Value>(value)...);
   }
   void setError(std::exception_ptr error) { outcome_.template emplace<2>(std::move(error)); }
+  /// What the work returns or throws. Nothing here holds the exception when this returns.
+  template <class Work>
+  void setResult(Work&& work) {
+    try {
+      if constexpr (std::is_void_v<T>) {
+        work();
+        setValue();
+      } else {
+        setValue(work());
+      }
+    } catch (...) {
+      setError(std::current_exception());
+    }
+  }
 
   T take() {
     if (auto error = std::get_if<2>(&outcome_)) std::rethrow_exception(*error);
@@ -136,6 +150,12 @@ class Continuation {
   }
   void fail(std::exception_ptr error) const {
     awaiter_->outcome.setError(std::move(error));
+    goOn();
+  }
+  /// With what the work, run here, returns or throws.
+  template <class Work>
+  void resumeWith(Work&& work) const {
+    awaiter_->outcome.setResult(work);
     goOn();
   }
 

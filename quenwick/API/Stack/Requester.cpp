@@ -30,12 +30,7 @@ platform::Task<void> write(std::filesystem::path file, Bytes body) {
   auto bytes = std::make_shared<const Bytes>(std::move(body));
   co_await platform::suspend<void>([&](platform::Continuation<void> continuation) {
     platform::writer().post([file, bytes, continuation] {
-      try {
-        platform::writeAtomically(file, *bytes);
-      } catch (const platform::PlatformError&) {
-        return continuation.fail(std::current_exception());
-      }
-      continuation.resume();
+      continuation.resumeWith([&] { platform::writeAtomically(file, *bytes); });
     });
   });
 }
