@@ -28,7 +28,7 @@ Arguments::Arguments(std::span<const std::string> line, const Accepted& accepted
     } else if (isValued) {
       throw UsageError(name + " needs a value");
     } else {
-      throw UsageError("there is no option " + text + " here");
+      throw UsageError("there is no option " + name + " here");  // its value may be a secret
     }
   }
 }

@@ -71,7 +71,10 @@ void configure(const Arguments& arguments) {
   platform::HostConfiguration host;
   host.bundleIdentifier = arguments.value("--bundle-id").value_or(kBundleIdentifier);
   host.bundleVersion = QUENWICK_VERSION;
-  if (auto home = arguments.value("--home")) host.home = std::filesystem::absolute(*home);
+  if (auto home = arguments.value("--home")) {
+    if (home->empty()) throw UsageError("--home takes a folder");
+    host.home = std::filesystem::absolute(*home);
+  }
   platform::configureHost(std::move(host));
 
   if (arguments.has("--verbose")) {

@@ -5,8 +5,7 @@
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
 #include "quenwick/API/Stack/APIKeyError.h"
 #include "quenwick/platform/Error.h"
-#include "quenwick/platform/JSONSerialization.h"
-#include "quenwick/platform/Text.h"
+#include "quenwick/platform/Redaction.h"
 
 namespace quenwick {
 namespace {
@@ -27,18 +26,6 @@ std::string reasonOf(const std::exception_ptr& failure) {
 
 constexpr std::size_t kLongestReason = 4000;
 
-void replaceAll(std::string& text, std::string_view part, std::string_view by) {
-  for (auto at = text.find(part); at != text.npos; at = text.find(part, at + by.size())) {
-    text.replace(at, part.size(), by);
-  }
-}
-
-/// The key as it stands in JSON, without the quotes.
-std::string inJSON(std::string_view key) {
-  auto text = platform::JSONSerialization::text(platform::Value(platform::madeUTF8(key)));
-  return text.substr(1, text.size() - 2);
-}
-
 /// Where the JSON text that begins there ends: before its closing quote, or with the whole.
 std::size_t endOfText(std::string_view json, std::size_t at) {
   while (at < json.size() && json[at] != '"') at += json[at] == '\\' ? 2 : 1;
@@ -57,16 +44,11 @@ void hideCredential(std::string& json, std::string_view key) {
 }  // namespace
 
 std::string verificationFailureLine(const std::exception_ptr& failure, std::string_view apiKey) {
-  auto reason = reasonOf(failure);
-  if (!apiKey.empty()) {
-    replaceAll(reason, apiKey, "…");
-    replaceAll(reason, inJSON(apiKey), "…");
-  }
+  auto reason = platform::redacted(reasonOf(failure), {std::string(apiKey)}, kLongestReason);
   for (const auto* key :
        {R"("behavioral_endpoint_api_token")", R"("behavioral_endpoint_api_token_identifier")"}) {
     hideCredential(reason, key);
   }
-  if (reason.size() > kLongestReason) reason = platform::madeUTF8(reason.substr(0, kLongestReason));
   return "Behavioral Verification failed: " + reason;
 }
 

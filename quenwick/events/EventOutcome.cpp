@@ -2,6 +2,7 @@
 
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "quenwick/API/Stack/APIError.h"
 #include "quenwick/API/Stack/APIKeyError.h"
@@ -10,7 +11,9 @@
 #include "quenwick/auth/SecureSessionData.h"
 #include "quenwick/logging/Logger.h"
 #include "quenwick/platform/JSONSerialization.h"
+#include "quenwick/platform/Redaction.h"
 #include "quenwick/platform/SecItem.h"
+#include "quenwick/platform/Text.h"
 
 namespace quenwick {
 namespace {
@@ -25,17 +28,26 @@ EventState stateAfter(const APIError& error) {
   return EventState::failedOther;
 }
 
-/// What the event failed with, without the credential, should the answer repeat what it was sent.
-std::string reasonOf(const platform::Error& error) {
-  auto reason = error.localizedDescription();
-  if (!platform::SecItemsAreInMemory()) return reason;  // nothing was sent
+constexpr std::size_t kLongestReason = 4000;
+/// A shorter part of the credential would take words with it that only look like it.
+constexpr std::size_t kShortestPart = 4;
+
+/// What no line may show, should the answer repeat what it was sent.
+std::vector<std::string> secrets() {
+  if (!platform::SecItemsAreInMemory()) return {};  // nothing was sent
   auto key = rawValue(SecureSessionData::behaviorAPIToken);
   auto credential = AuthenticationKeychain::standard().string(key).value_or("");
-  if (credential.empty()) return reason;
-  for (auto at = reason.find(credential); at != reason.npos; at = reason.find(credential)) {
-    reason.replace(at, credential.size(), "…");
+  auto plain = platform::base64Decoded(credential);
+  auto colon = plain.find(':');
+  std::vector<std::string> all{credential, plain};
+  for (auto part : {plain.substr(0, colon), plain.substr(colon + 1)}) {
+    if (part.size() >= kShortestPart) all.push_back(std::move(part));
   }
-  return reason;
+  return all;
+}
+
+std::string reasonOf(const platform::Error& error) {
+  return platform::redacted(error.localizedDescription(), secrets(), kLongestReason);
 }
 
 }  // namespace

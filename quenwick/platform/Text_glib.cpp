@@ -129,6 +129,12 @@ std::string base64Encoded(std::string_view bytes) {
   return text.get();
 }
 
+std::string base64Decoded(const std::string& text) {
+  gsize size = 0;
+  std::unique_ptr<guchar, decltype(&g_free)> bytes(g_base64_decode(text.c_str(), &size), &g_free);
+  return {reinterpret_cast<const char*>(bytes.get()), size};
+}
+
 std::string sha256(std::string_view bytes) {
   std::unique_ptr<char, decltype(&g_free)> text(
       g_compute_checksum_for_data(G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(bytes.data()),

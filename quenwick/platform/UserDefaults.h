@@ -76,6 +76,7 @@ class UserDefaults {
   void lookForOthersWrites() const;
   void tryReread();
   void reread();
+  bool isStored(const std::string& key);
   Values stored();
 
   const std::filesystem::path file_;

@@ -40,7 +40,10 @@ SQLiteValue content(const DefaultsValue& value) {
   return std::visit(Convert{}, value);
 }
 
-std::optional<DefaultsValue> valueFrom(std::int64_t kind, const SQLiteValue& content) {
+/// None where the row holds no value that this library has written.
+std::optional<DefaultsValue> valueFrom(const SQLiteValue& kindOfRow, const SQLiteValue& content) {
+  const auto* known = std::get_if<std::int64_t>(&kindOfRow);
+  auto kind = known ? *known : -1;
   if (const auto* number = std::get_if<std::int64_t>(&content)) {
     if (kind == 0) return *number != 0;
     if (kind == 1) return *number;
@@ -197,8 +200,8 @@ void UserDefaults::commit(const std::deque<Write>& writes) {
       database_->run("DELETE FROM settings WHERE key = ?", {key});
       continue;
     }
-    database_->run(isOnlyIfAbsent ? "INSERT OR IGNORE INTO settings VALUES (?, ?, ?)"
-                                  : "INSERT OR REPLACE INTO settings VALUES (?, ?, ?)",
+    if (isOnlyIfAbsent && isStored(key)) continue;
+    database_->run("INSERT OR REPLACE INTO settings VALUES (?, ?, ?)",
                    {key, static_cast<std::int64_t>(value->index()), content(*value)});
   }
   transaction.commit();
@@ -251,12 +254,16 @@ void UserDefaults::reread() {
   values_ = std::move(values);
 }
 
+bool UserDefaults::isStored(const std::string& key) {
+  auto rows = database_->run("SELECT kind, value FROM settings WHERE key = ?", {key});
+  return !rows.empty() && valueFrom(rows[0][0], rows[0][1]);
+}
+
 UserDefaults::Values UserDefaults::stored() {
   Values values;
   for (auto& row : database_->run("SELECT key, kind, value FROM settings")) {
     auto* key = std::get_if<std::string>(&row[0]);
-    const auto* kind = std::get_if<std::int64_t>(&row[1]);
-    auto value = kind ? valueFrom(*kind, row[2]) : std::nullopt;
+    auto value = valueFrom(row[1], row[2]);
     if (key && value) values.insert_or_assign(std::move(*key), std::move(*value));
   }
   return values;

@@ -59,7 +59,7 @@ platform::UUID Analytics::sdkID() {
     std::lock_guard lock(making_);
     if (auto known = uuid(userDefaults_, kSDKIDKey)) return *known;
     // What is there is no identifier; one that another process has just made is.
-    if (fetchOptional<std::string>(userDefaults_, kSDKIDKey)) remove(userDefaults_, kSDKIDKey);
+    if (userDefaults_.object(kSDKIDKey)) remove(userDefaults_, kSDKIDKey);
     userDefaults_.setObjectIfAbsent(made.uuidString(), kSDKIDKey);
     isFirstInstall_ = true;
   }
@@ -74,6 +74,7 @@ std::string Analytics::anonymousID() {
   std::lock_guard lock(making_);
   if (auto known = fetchOptional<std::string>(userDefaults_, kAnonymousIDKey)) return *known;
   auto made = newAnonymousID(clock_->now());
+  if (userDefaults_.object(kAnonymousIDKey)) remove(userDefaults_, kAnonymousIDKey);
   userDefaults_.setObjectIfAbsent(made, kAnonymousIDKey);
   return made;
 }

@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 
+#include "quenwick/platform/Redaction.h"
+
 namespace quenwick::platform {
 namespace {
 
@@ -23,6 +25,20 @@ TEST(Text, PercentDecodingKeepsWhatIsNoEscape) {
   EXPECT_EQ(percentDecoded("%41%"), "A%");
   EXPECT_EQ(percentDecoded("%00"), "\0"s);
   EXPECT_EQ(percentDecoded("%ff%41"), "%ff%41") << "not UTF-8: as it was";
+}
+
+TEST(Text, SecretsAreHiddenInEverySpellingOfJSON) {
+  const std::vector<std::string> secrets = {"", "kü/\"\\\n😀", "ab"};
+  for (auto spelling : {"kü/\"\\\n😀", R"(kü\/\"\\\n😀)",
+                        R"(k\u00fc\u002F\u0022\u005c\u000A\ud83d\uDE00)", "ab", R"(a\u0062)"}) {
+    EXPECT_EQ(redacted("to " + std::string(spelling) + " be", secrets, 100), "to … be") << spelling;
+  }
+  for (auto other : {"a b", "kü/", R"(a\u006)", R"(a\u00zz)", "a\\", R"(k\u00fd/)", "😀", ""}) {
+    EXPECT_EQ(redacted(other, secrets, 100), other);
+  }
+  EXPECT_EQ(redacted("abab", secrets, 100), "……");
+  EXPECT_EQ(redacted("xab", secrets, 3), "x") << "neither the mark nor the secret is cut in two";
+  EXPECT_EQ(redacted("xüy", secrets, 2), "x");
 }
 
 TEST(Text, UTF8IsCheckedBeyondAZeroByte) {

@@ -12,6 +12,7 @@
 #include "quenwick/CoreData/ManagedObjectType.h"
 #include "quenwick/platform/GenerationCounter.h"
 #include "quenwick/platform/ManagedObjectContext.h"
+#include "quenwick/platform/SQLiteDatabase.h"
 #include "quenwick/platform/Writer.h"
 #include "tests/support/ManualClock.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -49,6 +50,27 @@ TEST_F(AnalyticsTest, TheFirstReadOfTheInstallsIdentifierMakesItForGood) {
   defaults_.setObject(std::string("no identifier"), "com.quenwick.sdk.sdkID");
   EXPECT_NE(analytics_.sdkID(), made);
   EXPECT_TRUE(analytics_.isFirstInstall());
+}
+
+TEST_F(AnalyticsTest, AnythingElseInTheirPlaceIsReplacedByIdentifiersThatStay) {
+  for (const char* strange : {"1, 7", "5, x'ff00'", "9, 'of a kind to come'"}) {
+    analytics_.sdkID();
+    analytics_.anonymousID();
+    defaults_.synchronize();
+    platform::SQLiteDatabase(file_).run("UPDATE settings SET (kind, value) = (" +
+                                        std::string(strange) + ") WHERE key LIKE '%ID'");
+    Analytics next(open(), clock_);
+    auto made = next.sdkID();
+    auto anonymous = next.anonymousID();
+    EXPECT_TRUE(next.isFirstInstall()) << strange;
+    EXPECT_EQ(next.anonymousID(), anonymous) << strange;
+    defaults_.synchronize();
+
+    Analytics afterwards(open(), clock_);
+    EXPECT_EQ(afterwards.sdkID(), made) << strange;
+    EXPECT_EQ(afterwards.anonymousID(), anonymous) << strange;
+    EXPECT_FALSE(afterwards.isFirstInstall()) << strange;
+  }
 }
 
 TEST_F(AnalyticsTest, TheAnonymousIdentifierIsMadeOnceFromWholeSeconds) {

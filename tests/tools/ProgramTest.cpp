@@ -110,10 +110,13 @@ TEST_F(ProgramTest, BadUsageExitsWithTwoAndSaysWhy) {
                                              {"resolve", "a", "--nonsense"},
                                              {"resolve", "a", "--connect-to", "h:443"},
                                              {"resolve", "a", "--connect-to"},
+                                             {"resolve", "a", "--connect-to", "h:443::8443"},
+                                             {"resolve", "a", "--connect-to", ":443:a:8443"},
                                              {"resolve", "https://a", "--cacert", "/nowhere"},
                                              {"resolve", "https://a", "--cacert", "/dev/null"},
                                              {"resolve", "https://a", "--timeout", "soon"},
                                              {"state", "x"},
+                                             {"--home=", "state"},
                                              {"--nonsense", "state"}}) {
     auto finished = run(words);
     EXPECT_EQ(finished.exitCode, 2) << (words.empty() ? "" : words[0]);

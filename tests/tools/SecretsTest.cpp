@@ -40,14 +40,34 @@ std::string forURLs(std::string base64) {
   return base64.substr(0, base64.find('='));
 }
 
+/// In JSON as some write it: with every slash escaped.
+std::string withSlashesEscaped(std::string json) {
+  for (auto at = json.find('/'); at != json.npos; at = json.find('/', at + 2))
+    json.insert(at, 1, '\\');
+  return json;
+}
+
+/// In JSON as others write it: with every character by its number.
+std::string byNumbers(std::string_view ascii) {
+  std::string json;
+  for (char c : ascii) {
+    char number[7];
+    std::snprintf(number, sizeof number, "\\u%04x", static_cast<unsigned>(c));
+    json += number;
+  }
+  return json;
+}
+
 /// Every way in which one of the texts may be written.
 Words spellings(const Words& secrets) {
   Words all;
   for (const auto& secret : secrets) {
     auto json = JSONSerialization::text(Value(secret));
     auto base64 = platform::base64Encoded(secret);
-    all.insert(all.end(), {secret, json.substr(1, json.size() - 2), base64, forURLs(base64),
-                           platform::percentEncoded(secret, "")});
+    json = json.substr(1, json.size() - 2);
+    all.insert(all.end(),
+               {secret, json, withSlashesEscaped(json), byNumbers(secret), base64,
+                withSlashesEscaped(base64), forURLs(base64), platform::percentEncoded(secret, "")});
   }
   return all;
 }
@@ -160,6 +180,10 @@ TEST_F(SecretsTest, AHandshakeItsCacheAndAnotherKeyTellNone) {
 TEST_F(SecretsTest, NoFaultOfTheServiceTellsAny) {
   // Answers that repeat what nobody is to read.
   auto key = spellings({kKey})[1];
+  auto repeating = [](const std::string& json) {
+    return R"({"status": 403, "body": )" +
+           JSONSerialization::text(Value(R"({"error":")" + json + "\"}")) + "}";
+  };
   auto credential = R"("behavioral_endpoint_api_token": ")" + token_ +
                     R"(", "behavioral_endpoint_api_token_identifier" : ")" + identifier_ + '"';
   auto bare = R"({"data": {"behavioral_endpoint_url": 1, )" + credential + "}}";
@@ -178,6 +202,8 @@ TEST_F(SecretsTest, NoFaultOfTheServiceTellsAny) {
       R"({"kind": "cut-during", "times": 5})",
       R"({"status": 403, "json": {"error": "no such key: )" + key + R"("}})",
       R"({"status": 422, "json": {"message": ")" + key + R"( is none"}})",
+      repeating(withSlashesEscaped(key)),
+      repeating(byNumbers(kKey)),
       R"({"json": )" + bare + "}",
       R"({"status": 500, "json": )" + bare + "}",
       R"({"status": 307, "json": )" + bare + "}",
@@ -200,15 +226,18 @@ TEST_F(SecretsTest, NoFaultOfTheServiceTellsAny) {
 }
 
 TEST_F(SecretsTest, AnEndpointThatRepeatsWhatItWasSentTellsNone) {
-  service_.sandbox().setFaults(sandbox::BehaviorPart::events,
-                               R"([{"status": 400, "json": {"got": {"Authorization": "Basic )" +
-                                   platform::base64Encoded(identifier_ + ":" + token_) +
-                                   R"("}}}])");
-  for (const auto& command : {Words{"send", "basket seen"}, Words{"identify", "alice"}}) {
-    auto finished = runProgram(words(atHome({"--verbose"}), command, kOtherKey));
-    EXPECT_EQ(finished.exitCode, 1);
-    EXPECT_NE(finished.errors.find("Basic …"), std::string::npos) << finished.errors;
-    expectNone(finished, command.front());
+  auto credential = platform::base64Encoded(identifier_ + ":" + token_);
+  for (const auto& said : {credential, withSlashesEscaped(credential), byNumbers(credential),
+                           identifier_ + ":" + token_, token_, byNumbers(token_)}) {
+    auto body = JSONSerialization::text(Value(R"({"got":"Basic )" + said + "\"}"));
+    service_.sandbox().setFaults(sandbox::BehaviorPart::events,
+                                 R"([{"status": 400, "body": )" + body + "}]");
+    for (const auto& command : {Words{"send", "basket seen"}, Words{"identify", "alice"}}) {
+      auto finished = runProgram(words(atHome({"--verbose"}), command, kOtherKey));
+      EXPECT_EQ(finished.exitCode, 1);
+      EXPECT_NE(finished.errors.find("Basic …"), std::string::npos) << finished.errors;
+      expectNone(finished, command.front());
+    }
   }
 }
 

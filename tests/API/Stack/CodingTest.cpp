@@ -129,6 +129,12 @@ TEST(CodingTest, NothingDecodesFromAnything) {
   EXPECT_EQ(JSONDecoder::decode<DataContainer<Nothing>>(R"({"data":7})"), DataContainer<Nothing>());
   EXPECT_EQ(failureOf<DataContainer<Nothing>>("{}"),
             R"(The value of "data" is missing where a value is expected.)");
+  EXPECT_EQ(failureOf<DataContainer<std::optional<std::string>>>("{}"),
+            R"(The value of "data" is missing where a text is expected.)");
+  EXPECT_EQ(failureOf<DataContainer<DecodableDefault::True>>("{}"),
+            R"(The value of "data" is missing where a boolean is expected.)");
+  EXPECT_EQ(JSONDecoder::decode<DataContainer<std::optional<std::string>>>(R"({"data":null})"),
+            DataContainer<std::optional<std::string>>());
   EXPECT_EQ(JSONEncoder::encode(Nothing()), "{}");
 }
 
