@@ -29,7 +29,7 @@ platform::ConnectTo connectTo(const std::string& text) {
   auto first = text.find(':');
   auto second = text.find(':', first == text.npos ? first : first + 1);
   auto last = text.rfind(':');
-  if (first > 0 && second != text.npos && last > second + 1) {
+  if (second != text.npos && last > second + 1) {
     auto port = number<std::uint16_t>(std::string_view(text).substr(first + 1, second - first - 1));
     auto toPort = number<std::uint16_t>(std::string_view(text).substr(last + 1));
     if (port && toPort) {

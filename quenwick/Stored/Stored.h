@@ -23,9 +23,10 @@ class Stored {
 
   T wrappedValue() const { return fetch<T>(userDefaults_, key_); }
 
-  /// Saves the value, then sends it to the subscribers on the calling thread.
+  /// Saves the value, then sends it to the subscribers on the calling thread. One that cannot be
+  /// kept is refused with a line, and nobody hears of it.
   void setWrappedValue(T value) {
-    save(userDefaults_, value, key_);
+    if (!save(userDefaults_, value, key_)) return;
     subject_.send(std::move(value));
   }
 
@@ -59,12 +60,12 @@ class StoredOptional {
   std::optional<T> wrappedValue() const { return fetchOptional<T>(userDefaults_, key_); }
 
   /// Saves the value, or removes the key where there is none, then sends it to the subscribers on
-  /// the calling thread.
+  /// the calling thread. One that cannot be kept is refused as in `Stored`.
   void setWrappedValue(std::optional<T> value) {
-    if (value) {
-      save(userDefaults_, *value, key_);
-    } else {
+    if (!value) {
       remove(userDefaults_, key_);
+    } else if (!save(userDefaults_, *value, key_)) {
+      return;
     }
     subject_.send(std::move(value));
   }

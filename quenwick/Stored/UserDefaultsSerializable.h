@@ -64,9 +64,10 @@ T fetch(const platform::UserDefaults& defaults, std::string_view key) {
   return *std::move(value);
 }
 
+/// Whether the value was taken: one that cannot be kept is refused with a line.
 template <UserDefaultsSerializable T>
-void save(platform::UserDefaults& defaults, T value, std::string_view key) {
-  defaults.setObject(UserDefaultsForm<T>::storedValue(std::move(value)), std::string(key));
+bool save(platform::UserDefaults& defaults, T value, std::string_view key) {
+  return defaults.setObject(UserDefaultsForm<T>::storedValue(std::move(value)), std::string(key));
 }
 
 void remove(platform::UserDefaults& defaults, std::string_view key);

@@ -41,7 +41,9 @@ class UserDefaults {
   /// The value under the key: what was set, else the registered default, else none.
   std::optional<DefaultsValue> object(std::string_view key) const;
 
-  void setObject(DefaultsValue value, std::string key);
+  /// False, with an error line, where the value cannot be kept: a text that is not UTF-8 or longer
+  /// than a megabyte, or a number that is not finite.
+  bool setObject(DefaultsValue value, std::string key);
   void removeObject(std::string key);
 
   /// Sets the value unless the key has one, also one that only the file knows of so far: then that
@@ -67,7 +69,7 @@ class UserDefaults {
   };
   static void apply(const Write& write, Values& values);
 
-  void enqueue(Write write);
+  bool enqueue(Write write);
   void postWrite();
   void open();
   void writeWaiting();

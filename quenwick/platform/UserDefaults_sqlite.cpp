@@ -108,8 +108,8 @@ std::optional<DefaultsValue> UserDefaults::object(std::string_view key) const {
   return std::nullopt;
 }
 
-void UserDefaults::setObject(DefaultsValue value, std::string key) {
-  enqueue({std::move(key), std::move(value)});
+bool UserDefaults::setObject(DefaultsValue value, std::string key) {
+  return enqueue({std::move(key), std::move(value)});
 }
 
 void UserDefaults::setObjectIfAbsent(DefaultsValue value, std::string key) {
@@ -135,10 +135,11 @@ void UserDefaults::apply(const Write& write, Values& values) {
   }
 }
 
-void UserDefaults::enqueue(Write write) {
+bool UserDefaults::enqueue(Write write) {
   if (!isUTF8(write.key) || (write.value && !isAcceptable(*write.value))) {
-    return logPlatformError("A value that cannot be kept was refused for the setting " +
-                            escapedControls(write.key.substr(0, 200)));
+    logPlatformError("A value that cannot be kept was refused for the setting " +
+                     escapedControls(write.key.substr(0, 200)));
+    return false;
   }
   {
     std::lock_guard lock(mutex_);
@@ -146,6 +147,7 @@ void UserDefaults::enqueue(Write write) {
     waiting_.push_back(std::move(write));
   }
   postWrite();
+  return true;
 }
 
 void UserDefaults::postWrite() {

@@ -76,11 +76,11 @@ typedef struct quenwick_log {
   void (*destroy)(void* context);
 } quenwick_log;
 
-/// Sets the configuration of the process: once, before any selector is performed. A JSON object
-/// with any of the keys "serviceURL", "trustAnchors" (PEM text), "connectTo" (a list of {"host",
-/// "port", "toAddress", "toPort"}), "bundleIdentifier", "bundleVersion", "infoPlist" and "home"
-/// (paths). An interpreter must set the bundle's identifier and version: its executable is not the
-/// application.
+/// Sets the configuration of the process, before any selector is performed; of several calls until
+/// then the last one holds. A JSON object with any of the keys "serviceURL", "trustAnchors" (PEM
+/// text), "connectTo" (a list of {"host", "port", "toAddress", "toPort"}), "bundleIdentifier",
+/// "bundleVersion", "infoPlist" and "home" (paths). An interpreter must set the bundle's identifier
+/// and version: its executable is not the application.
 ///
 /// `executor` and `log` may be null: callbacks then come on a thread of the library's, and what is
 /// logged goes to standard error. False where it is refused; nothing has changed then, and `error`,

@@ -41,6 +41,7 @@ TEST_F(StoredTest, ChangesAreStreamedAfterTheyAreSaved) {
     saved.push_back(text.wrappedValue());
   });
   text.setWrappedValue("a");
+  text.setWrappedValue("refused: not UTF-8 \xff");
   text.setWrappedValue(std::nullopt);
   EXPECT_EQ(seen, (std::vector<std::optional<std::string>>{std::nullopt, "a", std::nullopt}));
   EXPECT_EQ(saved, seen);

@@ -1,6 +1,7 @@
 #include <atomic>
 
 #include "quenwick/platform/Pasteboard.h"
+#include "quenwick/platform/System.h"
 #include "quenwick/state/Analytics.h"
 #include "tests/client/ClientHost.h"
 
@@ -45,6 +46,10 @@ TEST_F(LinkIntakeTest, ALinkIsTheApplicationsByDomainAndShapeOrPattern) {
   for (const auto& [link, isOurs] : cases) {
     EXPECT_EQ(QWClient::canHandleURL(link), isOurs) << link.substr(0, 80);
   }
+  EXPECT_EQ(logged("Found host: sub.l.example"), 1);
+  EXPECT_EQ(logged("Could not extract host from url /p/go/1f"), 1);
+  EXPECT_FALSE(QWClient::handleUniversalLink("https://stranger.example/p/go/1f"));
+  EXPECT_EQ(logged("QWClient cannot handle the URL: https://stranger.example/p/go/1f"), 1);
   QWClient::addHandleablePaths({{"l.example", {"/autumn/"}}});
   EXPECT_FALSE(QWClient::canHandleURL("https://l.example/spring/sale")) << "the list was replaced";
   EXPECT_TRUE(QWClient::canHandleURL("https://l.example/autumn/sale"));
@@ -52,6 +57,15 @@ TEST_F(LinkIntakeTest, ALinkIsTheApplicationsByDomainAndShapeOrPattern) {
   EXPECT_FALSE(QWClient::canHandleURL("https://l.example/autumn/sale"));
   QWClient::clearHandleablePaths();
   EXPECT_TRUE(QWClient::handleablePaths().empty());
+}
+
+TEST_F(LinkIntakeTest, TheHostIsLookedUpAsTheSystemOfTheTimeGivesIt) {
+  QWClient::registerDeeplinkDomains({"l.example"});
+  for (auto [version, isOurs] : {std::pair(15, true), {16, false}}) {
+    platform::setSystemVersion(version);
+    EXPECT_EQ(QWClient::canHandleURL("https://l%2Eexample/p/go/1f"), isOurs) << version;
+  }
+  platform::setSystemVersion(std::nullopt);
 }
 
 TEST_F(LinkIntakeTest, ALinkBeforeStartIsKeptAndTheLogSaysThatNobodyWasTold) {

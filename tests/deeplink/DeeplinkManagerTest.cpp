@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <thread>
 
 #include "quenwick/deeplink/DeeplinkResolutionError.h"
@@ -33,7 +34,9 @@ constexpr auto kScenario = R"({
      "end": {"status": 500, "bodyBase64": "//4="}},
     {"link": "https://l.example/p/go/4", "chain": [{"status": 302, "to": "https://l.example/p/go/4"}]},
     {"link": "https://l.example/p/go/5", "chain": [{"status": 302, "to": "https://shop.example/slow?qw_u=slow"}],
-     "end": {"status": 200, "delay": 60000}}
+     "end": {"status": 200, "delay": 60000}},
+    {"link": "https://l.example/p/go/6", "chain": [
+      {"status": 302, "to": "https://shop.example/b?next=/p/go/abc"}]}
   ]})";
 
 class DeeplinkManagerTest : public testing::Test {
@@ -91,6 +94,18 @@ TEST_F(DeeplinkManagerTest, ATargetMayEndTheChainBeforeItself) {
   EXPECT_EQ(resolve("https://l.example/p/rpm/2/url"), "https://l.example/p/rpm/2/url");
   EXPECT_EQ(service_.received(), (Lines{"GET l.example/p/rpm/2/url"}));
   EXPECT_EQ(analytics().qwuDeeplink(), "halted");
+}
+
+TEST_F(DeeplinkManagerTest, TheRulesKeyIsInATargetsPathAlone) {
+  EXPECT_EQ(resolve("https://l.example/p/go/6"), "https://shop.example/b?next=/p/go/abc");
+  EXPECT_EQ(analytics().rulesPicKey(), std::nullopt);
+}
+
+TEST_F(DeeplinkManagerTest, WithoutASessionItsOwnChecksCertificates) {
+  auto link = "https://127.0.0.1:" + std::to_string(service_.sandbox().port()) + "/p/go/1f";
+  auto destination = platform::wait(DeeplinkManager(URL::parse(link).value()).resolve());
+  EXPECT_EQ(destination.absoluteString(), link);
+  EXPECT_TRUE(service_.received().empty());
 }
 
 TEST_F(DeeplinkManagerTest, AURLThatCannotBeLoadedIsTheDestination) {
@@ -165,11 +180,20 @@ TEST_F(DeeplinkManagerTest, ACancelledResolutionFailsAtOnceAndSaysSo) {
 
 /// A subclass may replace what is done with a target.
 struct Replaced : URLSessionRedirectDelegate {
+  using URLSessionRedirectDelegate::urlSession;
+  platform::Task<std::optional<platform::URLRequest>> urlSession(
+      platform::URLSession& session, platform::URLSessionTask& task,
+      platform::HTTPURLResponse response, platform::URLRequest request) override {
+    timeout = task.originalRequest.timeoutInterval;
+    return URLSessionRedirectDelegate::urlSession(session, task, std::move(response),
+                                                  std::move(request));
+  }
   void setQWUFromDeeplink(const URL& url) override { seen.push_back("u " + url.absoluteString()); }
   void setRulesPicKeyFromDeeplink(const URL& url) override {
     seen.push_back("k " + url.absoluteString());
   }
   Lines seen;
+  std::optional<double> timeout;
 };
 
 TEST_F(DeeplinkManagerTest, TheDelegatesStepsMayBeReplacedAndComeInOrder) {
@@ -180,6 +204,28 @@ TEST_F(DeeplinkManagerTest, TheDelegatesStepsMayBeReplacedAndComeInOrder) {
   EXPECT_EQ(replaced->seen,
             (Lines{"u shopapp://product/42?qw_u=app", "k shopapp://product/42?qw_u=app"}));
   EXPECT_EQ(analytics().qwuDeeplink(), std::nullopt);
+  EXPECT_EQ(replaced->timeout, 60);
+}
+
+TEST_F(DeeplinkManagerTest, TheDelegateAnswersACompletionHandlerToo) {
+  Replaced delegate;
+  auto session = platform::URLSession::shared();
+  platform::URLSessionTask task;
+  auto answer = [&](std::optional<URL> url) {
+    std::promise<std::string> answered;
+    delegate.urlSession(*session, task, {}, {.url = std::move(url), .httpMethod = "HEAD"},
+                        [&](const std::optional<platform::URLRequest>& next) {
+                          answered.set_value(!next       ? "nothing"
+                                             : next->url ? next->url->absoluteString()
+                                                         : *next->httpMethod + " without a URL");
+                        });
+    return answered.get_future().get();
+  };
+  EXPECT_EQ(answer(URL::parse("https://shop.example/a")), "https://shop.example/a");
+  EXPECT_EQ(answer(URL::parse("https://shop.example/a?qw_hr=1")), "nothing");
+  delegate.seen.clear();
+  EXPECT_EQ(answer(std::nullopt), "HEAD without a URL");
+  EXPECT_TRUE(delegate.seen.empty());
 }
 
 TEST_F(DeeplinkManagerTest, ResolutionsAtOnceDoNotDisturbEachOther) {

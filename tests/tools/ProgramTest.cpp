@@ -111,7 +111,6 @@ TEST_F(ProgramTest, BadUsageExitsWithTwoAndSaysWhy) {
                                              {"resolve", "a", "--connect-to", "h:443"},
                                              {"resolve", "a", "--connect-to"},
                                              {"resolve", "a", "--connect-to", "h:443::8443"},
-                                             {"resolve", "a", "--connect-to", ":443:a:8443"},
                                              {"resolve", "https://a", "--cacert", "/nowhere"},
                                              {"resolve", "https://a", "--cacert", "/dev/null"},
                                              {"resolve", "https://a", "--timeout", "soon"},
