@@ -125,9 +125,10 @@ Paths Kind<Paths>::read(const Value& value) {
   const auto* dictionary = value.as<Dictionary>();
   if (!dictionary) throw ArgumentError::mismatch(name, value);
   Paths entries;
-  for (const auto& [key, entry] : *dictionary) {
-    entries.emplace(key, at([&] { return keyed(key); },
-                            [&] { return Kind<Paths::mapped_type>::read(Value(entry)); }));
+  for (const auto& each : *dictionary) {
+    auto texts = each.value;
+    entries.emplace(each.key, at([&] { return keyed(each.key); },
+                                 [&] { return Kind<Paths::mapped_type>::read(std::move(texts)); }));
   }
   return entries;
 }
