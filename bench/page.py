@@ -22,7 +22,7 @@ Of a minimal host of the shared library, a new process each time; then events mu
     ("memory", "Memory", """\
 A megabyte is 1,000,000 bytes."""),
     ("size", "Size of the library", """\
-Sections and parts as the linker's map has them; those under 1 kB are left out of the sections."""),
+As the linker's map has it; sections under 1 kB are left out. What was inlined counts where it went."""),
 ]
 
 INTRODUCTION = """\

@@ -8,10 +8,10 @@ import tempfile
 
 LARGEST = 1_000_000
 
-# A piece of the linker's map: its size, what it was taken from, and its section's name.
+# A piece of the linker's map: its size, its section's name, and what the piece itself is called there.
 PIECE = re.compile(r"\s*[0-9a-f]+\s+[0-9a-f]+\s+([0-9a-f]+)\s+\d+ {9}(\S+):\((\S+)\)$")
 SECTION = re.compile(r"\s*[0-9a-f]+\s+[0-9a-f]+\s+([0-9a-f]+)\s+\d+ (\S+)$")
-PART = re.compile(r"/quenwick_(\w+)\.dir/")
+NAMED = re.compile(r"\.(?:text|rodata|data\.rel\.ro|gcc_except_table|data)\.(\S+)$")
 NOT_IN_FILE = (".bss", ".tbss", ".debug", ".comment", ".symtab", ".strtab", ".shstrtab")
 
 
@@ -30,10 +30,37 @@ def stripped_size(library):
         return stripped.stat().st_size
 
 
+def parts_by_name(folder):
+    """The parts that have a function or data of that name."""
+    made = collections.defaultdict(set)
+    for archive in folder.rglob("libquenwick_*.a"):
+        part = archive.stem.removeprefix("libquenwick_").replace("API_", "API/")
+        listed = subprocess.run(["llvm-nm-19", "--defined-only", "--format=posix", archive],
+                                stdout=subprocess.PIPE, text=True, check=True)
+        for line in listed.stdout.splitlines():
+            made[line.split(" ")[0]].add(part)
+    return made
+
+
+def owner(parts, piece):
+    """Whose a piece is. The library is optimised as a whole: no file says it, but its name does."""
+    if piece.startswith(".eh_frame"):
+        return "tables for exceptions"
+    named = NAMED.match(piece)
+    name = named[1] if named else ""
+    while name not in parts and "." in name:  # the optimiser puts a suffix to some
+        name = name.rpartition(".")[0]
+    found = parts.get(name, ())
+    if len(found) == 1:
+        return f"part `{min(found)}`"
+    return "several parts have it" if found else "texts, and what else has no name"
+
+
 def read_map(path):
-    """Bytes by section, and by part; what no part brought is the loader's."""
+    """Bytes by section, and by what they are of."""
     sections = collections.Counter()
-    parts = collections.Counter()
+    owners = collections.Counter()
+    parts = parts_by_name(path.parent)
     current = ""
     for line in path.read_text().splitlines():
         if found := SECTION.fullmatch(line):
@@ -41,18 +68,17 @@ def read_map(path):
             if not current.startswith(NOT_IN_FILE) and current.startswith("."):
                 sections[current] += int(found[1], 16)
         elif (found := PIECE.fullmatch(line)) and not current.startswith(NOT_IN_FILE):
-            part = PART.search(found[2])
-            parts[part[1].replace("API_", "API/") if part else "tables for the loader"] += int(
+            is_linkers = found[2] == "<internal>" and not found[3].startswith((".eh_frame", ".rodata"))
+            owners["tables for the loader" if is_linkers else owner(parts, found[3])] += int(
                 found[1], 16)
-    return sections, parts
+    return sections, owners
 
 
 def rows(library):
     library = library.resolve()
-    sections, parts = read_map(pathlib.Path(f"{library}.map"))
+    sections, owners = read_map(pathlib.Path(f"{library}.map"))
     made = [row("the stripped shared library", stripped_size(library), LARGEST)]
     made += [row(f"section `{name}`", size) for name, size in sections.most_common()
              if size >= 1000]
-    made += [row(f"part `{name}`", size) if "/" in name or " " not in name else row(name, size)
-             for name, size in parts.most_common()]
+    made += [row(name, size) for name, size in owners.most_common()]
     return made

@@ -33,6 +33,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   target_compile_options(quenwick_flags INTERFACE "SHELL:-Xclang -fno-pch-timestamp")
   target_link_options(quenwick_flags INTERFACE -fuse-ld=lld)
 endif()
+# A release's shared library is optimised as a whole, over all files. Its objects hold both forms: what
+# that works on, and the code that programs and tests link as ever.
+set(quenwick_whole "$<$<AND:$<CONFIG:Release>,$<CXX_COMPILER_ID:Clang>>:-flto=full;-ffat-lto-objects>")
+
 if(QUENWICK_SANITIZE)
   target_compile_options(quenwick_flags INTERFACE -fsanitize=${QUENWICK_SANITIZE}
                          -fno-omit-frame-pointer -fno-sanitize-recover=all)

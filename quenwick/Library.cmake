@@ -11,7 +11,7 @@ function(quenwick_library target)
     LINK_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/exports.map")
   target_compile_features(${target} INTERFACE cxx_std_20)
   target_link_libraries(${target} PRIVATE quenwick_flags)
-  target_link_options(${target} PRIVATE
+  target_link_options(${target} PRIVATE "${quenwick_whole}"
     "LINKER:--version-script=${CMAKE_CURRENT_SOURCE_DIR}/exports.map" LINKER:-z,nodelete
     LINKER:--as-needed LINKER:--gc-sections
     $<$<CXX_COMPILER_ID:Clang>:LINKER:--icf=all,-z,pack-relative-relocs>)

@@ -30,6 +30,10 @@ ArgumentError ArgumentError::mismatch(std::string_view kind, const platform::Val
                        kKinds.at(value.storage().index()));
 }
 
+ArgumentError ArgumentError::within(const std::string& place) const {
+  return {places_.empty() ? place : place + ", " + places_, fault_};
+}
+
 std::string shown(std::string_view text) {
   return platform::escapedControls(text.substr(0, kLongestShown));
 }

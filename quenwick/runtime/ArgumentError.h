@@ -18,9 +18,7 @@ class ArgumentError : public platform::Error {
   static ArgumentError mismatch(std::string_view kind, const platform::Value& value);
 
   /// The same fault, at a place within another.
-  ArgumentError within(const std::string& place) const {
-    return {places_.empty() ? place : place + ", " + places_, fault_};
-  }
+  ArgumentError within(const std::string& place) const;
 
  private:
   ArgumentError(std::string places, std::string fault);

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <type_traits>
 
 #include "quenwick/client/DeeplinkResult.h"
@@ -32,23 +33,23 @@ class Callback {
 template <class Kind>
 struct CallbackOf : Callback {
   explicit CallbackOf(Callback callback) : Callback(std::move(callback)) {}
-  static std::string arguments() { return Kind::arguments; }
+  static constexpr auto arguments = Kind::arguments;
 };
 
 struct OutcomeArguments {
-  static constexpr auto arguments = R"([{"success": text} or {"failure": error}])";
+  static constexpr std::string_view arguments = R"([{"success": text} or {"failure": error}])";
 };
 struct LinkOrErrorArguments {
-  static constexpr auto arguments = "[text or null, error or null]";
+  static constexpr std::string_view arguments = "[text or null, error or null]";
 };
 struct OptionalTextArguments {
-  static constexpr auto arguments = "[text or null]";
+  static constexpr std::string_view arguments = "[text or null]";
 };
 struct TextArguments {
-  static constexpr auto arguments = "[text]";
+  static constexpr std::string_view arguments = "[text]";
 };
 struct NoArguments {
-  static constexpr auto arguments = "[]";
+  static constexpr std::string_view arguments = "[]";
 };
 
 /// Gets how a link ended.

@@ -4,60 +4,57 @@
 
 namespace quenwick::runtime {
 
-std::vector<Selector> eventSelectors() {
-  return {
-      selector(
-          "productViewed:", [](Dictionary product) { QWClient::productViewed(std::move(product)); },
-          "dictionary"),
-      selector(
-          "productViewedWithProperties:",
-          [](ProductProperties product) { QWClient::productViewed(std::move(product)); },
-          "properties"),
-      selector(
-          "productAdded:", [](Dictionary product) { QWClient::productAdded(std::move(product)); },
-          "dictionary"),
-      selector(
-          "productAddedWithProperties:",
-          [](ProductProperties product) { QWClient::productAdded(std::move(product)); },
-          "properties"),
-      selector(
-          "productRemoved:",
-          [](Dictionary product) { QWClient::productRemoved(std::move(product)); }, "dictionary"),
-      selector(
-          "productRemovedWithProperties:",
-          [](ProductProperties product) { QWClient::productRemoved(std::move(product)); },
-          "properties"),
-      selector(
-          "orderCompleted:", [](Dictionary order) { QWClient::orderCompleted(std::move(order)); },
-          "dictionary"),
-      selector(
-          "orderCompletedWithProperties:",
-          [](OrderCompletedProperties order) { QWClient::orderCompleted(std::move(order)); },
-          "properties"),
-      selector(
-          "categoryViewed:",
-          [](Dictionary category) { QWClient::categoryViewed(std::move(category)); }, "dictionary"),
-      selector(
-          "categoryViewedWithCategory:",
-          [](ProductCategory category) { QWClient::categoryViewed(std::move(category)); },
-          "category"),
-      selector(
-          "productSearched:",
-          [](Dictionary search) { QWClient::productSearched(std::move(search)); }, "dictionary"),
-      selector(
-          "productSearchedWithProperties:",
-          [](ProductSearchedProperties search) { QWClient::productSearched(std::move(search)); },
-          "properties"),
-      selector(
-          "identifyUser:", [](const std::string& id) { QWClient::identifyUser(id); }, "id"),
-      selector("identifyUser", [] { QWClient::identifyUser(); }),
-      selector(
-          "logEventWithName:properties:",
-          [](const std::string& name, Dictionary properties) {
-            QWClient::logEvent(name, std::move(properties));
-          },
-          "name", "properties"),
-  };
-}
+namespace {
+
+constexpr Selector kSelectors[] = {
+    {"productViewed:", {"dictionary"}, calls([](Dictionary product) {
+       QWClient::productViewed(std::move(product));
+     })},
+    {"productViewedWithProperties:", {"properties"}, calls([](ProductProperties product) {
+       QWClient::productViewed(std::move(product));
+     })},
+    {"productAdded:", {"dictionary"}, calls([](Dictionary product) {
+       QWClient::productAdded(std::move(product));
+     })},
+    {"productAddedWithProperties:", {"properties"}, calls([](ProductProperties product) {
+       QWClient::productAdded(std::move(product));
+     })},
+    {"productRemoved:", {"dictionary"}, calls([](Dictionary product) {
+       QWClient::productRemoved(std::move(product));
+     })},
+    {"productRemovedWithProperties:", {"properties"}, calls([](ProductProperties product) {
+       QWClient::productRemoved(std::move(product));
+     })},
+    {"orderCompleted:", {"dictionary"}, calls([](Dictionary order) {
+       QWClient::orderCompleted(std::move(order));
+     })},
+    {"orderCompletedWithProperties:", {"properties"}, calls([](OrderCompletedProperties order) {
+       QWClient::orderCompleted(std::move(order));
+     })},
+    {"categoryViewed:", {"dictionary"}, calls([](Dictionary category) {
+       QWClient::categoryViewed(std::move(category));
+     })},
+    {"categoryViewedWithCategory:", {"category"}, calls([](ProductCategory category) {
+       QWClient::categoryViewed(std::move(category));
+     })},
+    {"productSearched:", {"dictionary"}, calls([](Dictionary search) {
+       QWClient::productSearched(std::move(search));
+     })},
+    {"productSearchedWithProperties:", {"properties"}, calls([](ProductSearchedProperties search) {
+       QWClient::productSearched(std::move(search));
+     })},
+    {"identifyUser:", {"id"}, calls([](const std::string& id) { QWClient::identifyUser(id); })},
+    {"identifyUser", {}, calls([] { QWClient::identifyUser(); })},
+    {"logEventWithName:properties:",
+     {"name", "properties"},
+     calls([](const std::string& name, Dictionary properties) {
+       QWClient::logEvent(name, std::move(properties));
+     })},
+};
+static_assert(areNamed(kSelectors));
+
+}  // namespace
+
+std::span<const Selector> eventSelectors() { return kSelectors; }
 
 }  // namespace quenwick::runtime

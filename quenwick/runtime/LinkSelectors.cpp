@@ -48,91 +48,78 @@ Handle subscribe(const OptionalTextCallback& callback) {
   return {Handles::shared().add(end, [] { return false; })};
 }
 
+constexpr Selector kSelectors[] = {
+    {"registerDeeplinkDomains:", {"domains"}, calls([](const std::vector<std::string>& domains) {
+       QWClient::registerDeeplinkDomains(domains);
+     })},
+    {"registerDeeplinkDomainsFromPlist", {}, calls([] {
+       QWClient::registerDeeplinkDomainsFromPlist();
+     })},
+    {"registerDeeplinkDomainsFromPlistWithBundle:", {"bundle"}, calls([](Dictionary info) {
+       QWClient::registerDeeplinkDomainsFromPlist(Bundle(std::move(info)));
+     })},
+    {"domains", {}, calls([] { return QWClient::domains(); })},
+    {"canHandleURL:", {"url"}, calls([](const std::string& url) {
+       return QWClient::canHandleURL(url);
+     })},
+    {"handleUniversalLinkWithUrl:", {"url"}, calls([](const std::string& url) {
+       return QWClient::handleUniversalLink(url);
+     })},
+    {"handleUniversalLinkFrom:", {"activity"}, calls([](const NSUserActivity& activity) {
+       return QWClient::handleUniversalLink(activity);
+     })},
+    {"handleUniversalLinkWith:", {"options"}, calls([](const UISceneConnectionOptions& options) {
+       return QWClient::handleUniversalLink(options);
+     })},
+    {"handleURLFromLaunchOptions:",
+     {"options"},
+     calls([](const std::optional<Dictionary>& options) {
+       return QWClient::handleURLFromLaunchOptions(options.value_or(Dictionary()));
+     })},
+    {"checkPasteboardOnInstall", {}, calls([] { QWClient::checkPasteboardOnInstall(); })},
+    {"checkPasteboardOnInstallWithCompletionHandler:",
+     {"completionHandler"},
+     calls([](const OptionalTextCallback& completion) {
+       QWClient::checkPasteboardOnInstall([completion](const Text& link) {
+         completion({valueOf(link)});
+         completion.release();
+       });
+     })},
+    {"pasteWithItemProviders:",
+     {"itemProviders"},
+     calls(
+         [](const std::vector<NSItemProvider>& providers) { return QWClient::paste(providers); })},
+    {"resolveWithUrl:completion:",
+     {"url", "completion"},
+     calls([](const std::string& url, const OutcomeCallback& completion) {
+       return resolve(url, std::nullopt, completion);
+     })},
+    {"resolveWithUrl:deadline:completion:",
+     {"url", "deadline", "completion"},
+     calls([](const std::string& url, std::optional<double> deadline,
+              const OutcomeCallback& completion) { return resolve(url, deadline, completion); })},
+    {"storedDeeplink", {}, calls([] { return QWClient::storedDeeplink(); })},
+    {"subscribeToStoredDeeplink:", {"receive"}, calls([](const OptionalTextCallback& receive) {
+       return subscribe(receive);
+     })},
+    {"cancel:", {"handle"}, calls([](std::int64_t handle) {
+       return Handles::shared().cancel(handle);
+     })},
+    {"addHandleablePaths:", {"paths"}, calls([](const Paths& paths) {
+       QWClient::addHandleablePaths(paths);
+     })},
+    {"removeHandleablePathsFor:", {"host"}, calls([](const std::string& host) {
+       QWClient::removeHandleablePaths(host);
+     })},
+    {"clearHandleablePaths", {}, calls([] { QWClient::clearHandleablePaths(); })},
+    {"handleablePaths", {}, calls([] { return QWClient::handleablePaths(); })},
+    {"qwU", {}, calls([] { return QWClient::qwU(); })},
+    {"setQWU:", {"value"}, calls([](Text value) { QWClient::setQWU(std::move(value)); })},
+};
+static_assert(areNamed(kSelectors));
+
 }  // namespace
 
-std::vector<Selector> linkSelectors() {
-  return {
-      selector(
-          "registerDeeplinkDomains:",
-          [](const std::vector<std::string>& domains) {
-            QWClient::registerDeeplinkDomains(domains);
-          },
-          "domains"),
-      selector("registerDeeplinkDomainsFromPlist",
-               [] { QWClient::registerDeeplinkDomainsFromPlist(); }),
-      selector(
-          "registerDeeplinkDomainsFromPlistWithBundle:",
-          [](Dictionary info) {
-            QWClient::registerDeeplinkDomainsFromPlist(Bundle(std::move(info)));
-          },
-          "bundle"),
-      selector("domains", [] { return QWClient::domains(); }),
-      selector(
-          "canHandleURL:", [](const std::string& url) { return QWClient::canHandleURL(url); },
-          "url"),
-      selector(
-          "handleUniversalLinkWithUrl:",
-          [](const std::string& url) { return QWClient::handleUniversalLink(url); }, "url"),
-      selector(
-          "handleUniversalLinkFrom:",
-          [](const NSUserActivity& activity) { return QWClient::handleUniversalLink(activity); },
-          "activity"),
-      selector(
-          "handleUniversalLinkWith:",
-          [](const UISceneConnectionOptions& options) {
-            return QWClient::handleUniversalLink(options);
-          },
-          "options"),
-      selector(
-          "handleURLFromLaunchOptions:",
-          [](const std::optional<Dictionary>& options) {
-            return QWClient::handleURLFromLaunchOptions(options.value_or(Dictionary()));
-          },
-          "options"),
-      selector("checkPasteboardOnInstall", [] { QWClient::checkPasteboardOnInstall(); }),
-      selector(
-          "checkPasteboardOnInstallWithCompletionHandler:",
-          [](const OptionalTextCallback& completion) {
-            QWClient::checkPasteboardOnInstall([completion](const Text& link) {
-              completion({valueOf(link)});
-              completion.release();
-            });
-          },
-          "completionHandler"),
-      selector(
-          "pasteWithItemProviders:",
-          [](const std::vector<NSItemProvider>& providers) { return QWClient::paste(providers); },
-          "itemProviders"),
-      selector(
-          "resolveWithUrl:completion:",
-          [](const std::string& url, const OutcomeCallback& completion) {
-            return resolve(url, std::nullopt, completion);
-          },
-          "url", "completion"),
-      selector(
-          "resolveWithUrl:deadline:completion:",
-          [](const std::string& url, std::optional<double> deadline,
-             const OutcomeCallback& completion) { return resolve(url, deadline, completion); },
-          "url", "deadline", "completion"),
-      selector("storedDeeplink", [] { return QWClient::storedDeeplink(); }),
-      selector(
-          "subscribeToStoredDeeplink:",
-          [](const OptionalTextCallback& receive) { return subscribe(receive); }, "receive"),
-      selector(
-          "cancel:", [](std::int64_t handle) { return Handles::shared().cancel(handle); },
-          "handle"),
-      selector(
-          "addHandleablePaths:", [](const Paths& paths) { QWClient::addHandleablePaths(paths); },
-          "paths"),
-      selector(
-          "removeHandleablePathsFor:",
-          [](const std::string& host) { QWClient::removeHandleablePaths(host); }, "host"),
-      selector("clearHandleablePaths", [] { QWClient::clearHandleablePaths(); }),
-      selector("handleablePaths", [] { return QWClient::handleablePaths(); }),
-      selector("qwU", [] { return QWClient::qwU(); }),
-      selector(
-          "setQWU:", [](Text value) { QWClient::setQWU(std::move(value)); }, "value"),
-  };
-}
+std::span<const Selector> linkSelectors() { return kSelectors; }
 
 }  // namespace quenwick::runtime

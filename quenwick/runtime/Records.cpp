@@ -5,130 +5,173 @@ namespace {
 
 using platform::Dictionary;
 using platform::URL;
+using platform::Value;
 using Text = std::optional<std::string>;
+using Link = std::optional<URL>;
 
-/// Every record's initialiser of that kind.
-template <class Record>
-Operation<Record> initWithDict() {
-  return operation<Record>(
-      "initWithDict:",
-      [](Dictionary dict) { return RecordKind<Record>::fromDictionary(std::move(dict)); }, "dict");
-}
+/// How the price of an initialiser is read: as one kind of number, or as text.
+using ReadPrice = std::optional<Price>(Value&& value);
 
 template <class Number>
-std::optional<Price> priceOf(std::optional<Number> number) {
+std::optional<Price> readPrice(Value&& value) {
+  auto number = Kind<std::optional<Number>>::read(std::move(value));
   return number ? std::optional(Price(*std::move(number))) : std::nullopt;
 }
 
-// The check does not see that a template's lambda moves what it is given.
-// NOLINTBEGIN(performance-unnecessary-value-param)
+// Arguments are read in their order, which is that of the braces.
 
-/// `price` is how the initialiser's name calls it.
-template <class Number>
-Operation<ProductProperties> product(const std::string& price) {
-  return operation<ProductProperties>(
-      "initWithId:title:" + price + ":url:categories:meta:",
-      [](std::string id, Text title, std::optional<Number> number, std::optional<URL> url,
-         std::optional<std::vector<ProductCategory>> categories, std::optional<Dictionary> meta) {
-        return ProductProperties{.id = std::move(id),
-                                 .title = std::move(title),
-                                 .price = priceOf(std::move(number)),
-                                 .url = std::move(url),
-                                 .categories = std::move(categories),
-                                 .meta = std::move(meta)};
-      },
-      "id", "title", price, "url", "categories", "meta");
+ProductProperties product(Arguments& all, ReadPrice price) {
+  return {.id = all.take<std::string>(),
+          .title = all.take<Text>(),
+          .price = price(all.next()),
+          .url = all.take<Link>(),
+          .categories = all.take<std::optional<std::vector<ProductCategory>>>(),
+          .meta = all.take<std::optional<Dictionary>>()};
+}
+
+OrderCompletedProperties order(Arguments& all, ReadPrice revenue) {
+  return {.id = all.take<Text>(),
+          .revenue = revenue(all.next()),
+          .products = all.take<std::vector<OrderCompletedProduct>>()};
+}
+
+OrderCompletedProduct orderLine(Arguments& all, ReadPrice readPrice) {
+  auto id = all.take<std::string>();
+  auto title = all.take<Text>();
+  auto price = readPrice(all.next());
+  return {.id = std::move(id),
+          .title = std::move(title),
+          .url = all.take<Link>(),
+          .price = std::move(price),
+          .quantity = all.take<std::optional<std::int64_t>>()};
 }
 
 template <class Number>
-Operation<OrderCompletedProperties> order(const std::string& revenue) {
-  return operation<OrderCompletedProperties>(
-      "initWithId:" + revenue + ":products:",
-      [](Text id, std::optional<Number> number, std::vector<OrderCompletedProduct> products) {
-        return OrderCompletedProperties{.id = std::move(id),
-                                        .revenue = priceOf(std::move(number)),
-                                        .products = std::move(products)};
-      },
-      "id", revenue, "products");
-}
+constexpr Action<ProductProperties> kProduct{
+    .shape =
+        &ShapeOf<ProductProperties, std::string, Text, std::optional<Number>, Link,
+                 std::optional<std::vector<ProductCategory>>, std::optional<Dictionary>>::shape,
+    .run = [](Arguments& all) { return product(all, readPrice<Number>); }};
 
 template <class Number>
-Operation<OrderCompletedProduct> orderLine(const std::string& price) {
-  return operation<OrderCompletedProduct>(
-      "initWithId:title:" + price + ":url:quantity:",
-      [](std::string id, Text title, std::optional<Number> number, std::optional<URL> url,
-         std::optional<std::int64_t> quantity) {
-        return OrderCompletedProduct{.id = std::move(id),
-                                     .title = std::move(title),
-                                     .url = std::move(url),
-                                     .price = priceOf(std::move(number)),
-                                     .quantity = quantity};
-      },
-      "id", "title", price, "url", "quantity");
-}
+constexpr Action<OrderCompletedProperties> kOrder{
+    .shape = &ShapeOf<OrderCompletedProperties, Text, std::optional<Number>,
+                      std::vector<OrderCompletedProduct>>::shape,
+    .run = [](Arguments& all) { return order(all, readPrice<Number>); }};
 
-// NOLINTEND(performance-unnecessary-value-param)
+template <class Number>
+constexpr Action<OrderCompletedProduct> kOrderLine{
+    .shape = &ShapeOf<OrderCompletedProduct, std::string, Text, std::optional<Number>, Link,
+                      std::optional<std::int64_t>>::shape,
+    .run = [](Arguments& all) { return orderLine(all, readPrice<Number>); }};
+
+/// Every record's initialiser of that kind.
+template <class Record>
+constexpr Action<Record> kFromDictionary = actionOf<Record>(
+    [](Dictionary dict) { return RecordKind<Record>::fromDictionary(std::move(dict)); });
+
+constexpr Operation<ProductProperties> kProductProperties[] = {
+    {"initWithDict:", {"dict"}, kFromDictionary<ProductProperties>},
+    {"initWithId:title:price:url:categories:meta:",
+     {"id", "title", "price", "url", "categories", "meta"},
+     kProduct<Price>},
+    {"initWithId:title:stringPrice:url:categories:meta:",
+     {"id", "title", "stringPrice", "url", "categories", "meta"},
+     kProduct<std::string>},
+    {"initWithId:title:intPrice:url:categories:meta:",
+     {"id", "title", "intPrice", "url", "categories", "meta"},
+     kProduct<std::int64_t>},
+    {"initWithId:title:floatPrice:url:categories:meta:",
+     {"id", "title", "floatPrice", "url", "categories", "meta"},
+     kProduct<float>},
+    {"initWithId:title:doublePrice:url:categories:meta:",
+     {"id", "title", "doublePrice", "url", "categories", "meta"},
+     kProduct<double>},
+    {"initWithId:title:decimalPrice:url:categories:meta:",
+     {"id", "title", "decimalPrice", "url", "categories", "meta"},
+     kProduct<Decimal>},
+};
+
+constexpr Operation<ProductCategory> kProductCategory[] = {
+    {"initWithDict:", {"dict"}, kFromDictionary<ProductCategory>},
+    {"initWithId:title:url:",
+     {"id", "title", "url"},
+     actionOf<ProductCategory>([](std::string id, Text title, Link url) {
+       return ProductCategory{
+           .id = std::move(id), .title = std::move(title), .url = std::move(url)};
+     })},
+};
+
+constexpr Operation<ProductSearchedProperties> kProductSearched[] = {
+    {"initWithDict:", {"dict"}, kFromDictionary<ProductSearchedProperties>},
+    {"initWithQuery:url:",
+     {"query", "url"},
+     actionOf<ProductSearchedProperties>([](std::string query, Link url) {
+       return ProductSearchedProperties{.query = std::move(query), .url = std::move(url)};
+     })},
+};
+
+constexpr Operation<OrderCompletedProperties> kOrderCompleted[] = {
+    {"initWithDict:", {"dict"}, kFromDictionary<OrderCompletedProperties>},
+    {"initWithId:stringRevenue:products:",
+     {"id", "stringRevenue", "products"},
+     kOrder<std::string>},
+    {"initWithId:intRevenue:products:", {"id", "intRevenue", "products"}, kOrder<std::int64_t>},
+    {"initWithId:floatRevenue:products:", {"id", "floatRevenue", "products"}, kOrder<float>},
+    {"initWithId:doubleRevenue:products:", {"id", "doubleRevenue", "products"}, kOrder<double>},
+    {"initWithId:decimalRevenue:products:", {"id", "decimalRevenue", "products"}, kOrder<Decimal>},
+};
+
+constexpr Operation<OrderCompletedProduct> kOrderCompletedProduct[] = {
+    {"initWithDict:", {"dict"}, kFromDictionary<OrderCompletedProduct>},
+    {"initWithId:title:price:url:quantity:",
+     {"id", "title", "price", "url", "quantity"},
+     kOrderLine<Price>},
+    {"initWithId:title:stringPrice:url:quantity:",
+     {"id", "title", "stringPrice", "url", "quantity"},
+     kOrderLine<std::string>},
+    {"initWithId:title:floatPrice:url:quantity:",
+     {"id", "title", "floatPrice", "url", "quantity"},
+     kOrderLine<float>},
+    {"initWithId:title:doublePrice:url:quantity:",
+     {"id", "title", "doublePrice", "url", "quantity"},
+     kOrderLine<double>},
+    {"initWithId:title:decimalPrice:url:quantity:",
+     {"id", "title", "decimalPrice", "url", "quantity"},
+     kOrderLine<Decimal>},
+};
+
+static_assert(areNamed(kProductProperties));
+static_assert(areNamed(kProductCategory));
+static_assert(areNamed(kProductSearched));
+static_assert(areNamed(kOrderCompleted));
+static_assert(areNamed(kOrderCompletedProduct));
 
 }  // namespace
 
 template <>
-const std::vector<Operation<ProductProperties>>& initialisers() {
-  static const auto& table = *new std::vector{
-      initWithDict<ProductProperties>(),   product<Price>("price"),
-      product<std::string>("stringPrice"), product<std::int64_t>("intPrice"),
-      product<float>("floatPrice"),        product<double>("doublePrice"),
-      product<Decimal>("decimalPrice"),
-  };
-  return table;
+std::span<const Operation<ProductProperties>> initialisers() {
+  return kProductProperties;
 }
 
 template <>
-const std::vector<Operation<ProductCategory>>& initialisers() {
-  static const auto& table = *new std::vector{
-      initWithDict<ProductCategory>(),
-      operation<ProductCategory>(
-          "initWithId:title:url:",
-          [](std::string id, Text title, std::optional<URL> url) {
-            return ProductCategory{
-                .id = std::move(id), .title = std::move(title), .url = std::move(url)};
-          },
-          "id", "title", "url"),
-  };
-  return table;
+std::span<const Operation<ProductCategory>> initialisers() {
+  return kProductCategory;
 }
 
 template <>
-const std::vector<Operation<ProductSearchedProperties>>& initialisers() {
-  static const auto& table = *new std::vector{
-      initWithDict<ProductSearchedProperties>(),
-      operation<ProductSearchedProperties>(
-          "initWithQuery:url:",
-          [](std::string query, std::optional<URL> url) {
-            return ProductSearchedProperties{.query = std::move(query), .url = std::move(url)};
-          },
-          "query", "url"),
-  };
-  return table;
+std::span<const Operation<ProductSearchedProperties>> initialisers() {
+  return kProductSearched;
 }
 
 template <>
-const std::vector<Operation<OrderCompletedProperties>>& initialisers() {
-  static const auto& table = *new std::vector{
-      initWithDict<OrderCompletedProperties>(), order<std::string>("stringRevenue"),
-      order<std::int64_t>("intRevenue"),        order<float>("floatRevenue"),
-      order<double>("doubleRevenue"),           order<Decimal>("decimalRevenue"),
-  };
-  return table;
+std::span<const Operation<OrderCompletedProperties>> initialisers() {
+  return kOrderCompleted;
 }
 
 template <>
-const std::vector<Operation<OrderCompletedProduct>>& initialisers() {
-  static const auto& table = *new std::vector{
-      initWithDict<OrderCompletedProduct>(), orderLine<Price>("price"),
-      orderLine<std::string>("stringPrice"), orderLine<float>("floatPrice"),
-      orderLine<double>("doublePrice"),      orderLine<Decimal>("decimalPrice"),
-  };
-  return table;
+std::span<const Operation<OrderCompletedProduct>> initialisers() {
+  return kOrderCompletedProduct;
 }
 
 std::optional<InitialiserCall> InitialiserCall::from(Dictionary& dictionary) {
@@ -137,9 +180,18 @@ std::optional<InitialiserCall> InitialiserCall::from(Dictionary& dictionary) {
   if (dictionary.size() != 2 || !selector || !arguments) return std::nullopt;
   auto* values = arguments->as<platform::List>();
   if (!values) throw ArgumentError::mismatch("a list", *arguments).within(keyed("arguments"));
-  return InitialiserCall{.selector = at([] { return keyed("selector"); },
-                                        [&] { return Kind<std::string>::read(*selector); }),
-                         .arguments = std::move(*values)};
+  return InitialiserCall{
+      .selector = at([] { return keyed("selector"); },
+                     [&] { return Kind<std::string>::read(std::move(*selector)); }),
+      .arguments = std::move(*values)};
+}
+
+ArgumentError InitialiserCall::unknown(std::string_view record) const {
+  return ArgumentError(std::string(record) + " has no initialiser " + shown(selector));
+}
+
+ArgumentError refused(std::string_view record) {
+  return ArgumentError("makes no " + std::string(record) + "; the log says why");
 }
 
 }  // namespace quenwick::runtime

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <utility>
-#include <vector>
 
 #include "quenwick/API/Models/OrderCompletedProperties.h"
 #include "quenwick/API/Models/ProductProperties.h"
@@ -14,17 +16,17 @@ namespace quenwick::runtime {
 /// The initialisers of a property record, by which a host may give one in place of a dictionary:
 /// {"selector": "initWithId:title:url:", "arguments": ["7", "Boots", null]}.
 template <class Record>
-const std::vector<Operation<Record>>& initialisers();
+std::span<const Operation<Record>> initialisers();
 template <>
-const std::vector<Operation<ProductProperties>>& initialisers();
+std::span<const Operation<ProductProperties>> initialisers();
 template <>
-const std::vector<Operation<ProductCategory>>& initialisers();
+std::span<const Operation<ProductCategory>> initialisers();
 template <>
-const std::vector<Operation<ProductSearchedProperties>>& initialisers();
+std::span<const Operation<ProductSearchedProperties>> initialisers();
 template <>
-const std::vector<Operation<OrderCompletedProperties>>& initialisers();
+std::span<const Operation<OrderCompletedProperties>> initialisers();
 template <>
-const std::vector<Operation<OrderCompletedProduct>>& initialisers();
+std::span<const Operation<OrderCompletedProduct>> initialisers();
 
 /// An object that names an initialiser: its keys are "selector" and "arguments", and no others.
 struct InitialiserCall {
@@ -33,46 +35,52 @@ struct InitialiserCall {
 
   /// None where the dictionary is something else: a record's fields.
   static std::optional<InitialiserCall> from(platform::Dictionary& dictionary);
+
+  /// The fault where the record has no such initialiser.
+  ArgumentError unknown(std::string_view record) const;
 };
+
+/// The fault where the record cannot be made of a dictionary.
+ArgumentError refused(std::string_view record);
 
 template <class Record>
 struct RecordKind {
-  static Record read(platform::Value value) {
+  static Record read(platform::Value&& value) {
     auto* dictionary = value.as<platform::Dictionary>();
-    if (!dictionary) throw ArgumentError::mismatch(Kind<Record>::name(), value);
+    if (!dictionary) throw ArgumentError::mismatch(Kind<Record>::name, value);
     auto call = InitialiserCall::from(*dictionary);
     if (!call) return fromDictionary(std::move(*dictionary));
     const auto* initialiser = find(initialisers<Record>(), call->selector);
     if (initialiser) return initialiser->perform(std::move(call->arguments));
-    throw ArgumentError(Kind<Record>::name() + " has no initialiser " + shown(call->selector));
+    throw call->unknown(Kind<Record>::name);
   }
 
   static Record fromDictionary(platform::Dictionary dictionary) {
     auto record = Record::from(std::move(dictionary));
-    if (!record) throw ArgumentError("makes no " + Kind<Record>::name() + "; the log says why");
+    if (!record) throw refused(Kind<Record>::name);
     return *std::move(record);
   }
 };
 
 template <>
 struct Kind<ProductProperties> : RecordKind<ProductProperties> {
-  static std::string name() { return "ProductProperties"; }
+  static constexpr std::string_view name = "ProductProperties";
 };
 template <>
 struct Kind<ProductCategory> : RecordKind<ProductCategory> {
-  static std::string name() { return "ProductCategory"; }
+  static constexpr std::string_view name = "ProductCategory";
 };
 template <>
 struct Kind<ProductSearchedProperties> : RecordKind<ProductSearchedProperties> {
-  static std::string name() { return "ProductSearchedProperties"; }
+  static constexpr std::string_view name = "ProductSearchedProperties";
 };
 template <>
 struct Kind<OrderCompletedProperties> : RecordKind<OrderCompletedProperties> {
-  static std::string name() { return "OrderCompletedProperties"; }
+  static constexpr std::string_view name = "OrderCompletedProperties";
 };
 template <>
 struct Kind<OrderCompletedProduct> : RecordKind<OrderCompletedProduct> {
-  static std::string name() { return "OrderCompletedProduct"; }
+  static constexpr std::string_view name = "OrderCompletedProduct";
 };
 
 }  // namespace quenwick::runtime

@@ -11,8 +11,8 @@ namespace quenwick::runtime {
 
 template <>
 struct Kind<std::filesystem::path> {
-  static std::string name() { return "text"; }
-  static std::filesystem::path read(platform::Value value) {
+  static constexpr std::string_view name = "text";
+  static std::filesystem::path read(platform::Value&& value) {
     auto path = Kind<std::string>::read(std::move(value));
     if (path.find('\0') != path.npos) throw ArgumentError("is no path");
     return path;
@@ -21,7 +21,7 @@ struct Kind<std::filesystem::path> {
 
 template <>
 struct Kind<std::uint16_t> {
-  static std::string name() { return "integer"; }
+  static constexpr std::string_view name = "integer";
   static std::uint16_t read(const platform::Value& value) {
     auto number = Kind<std::int64_t>::read(value);
     if (!std::in_range<std::uint16_t>(number)) throw ArgumentError("is no port");
@@ -31,9 +31,9 @@ struct Kind<std::uint16_t> {
 
 template <>
 struct Kind<ConnectTo> {
-  static std::string name() { return "dictionary"; }
-  static ConnectTo read(platform::Value value) {
-    Fields fields(name(), std::move(value));
+  static constexpr std::string_view name = "dictionary";
+  static ConnectTo read(platform::Value&& value) {
+    Fields fields(name, std::move(value));
     ConnectTo standard;
     auto text = [&](std::string_view key) {
       return fields.take<std::optional<std::string>>(key).value_or(std::string());

@@ -1,6 +1,6 @@
 #include "quenwick/runtime/Selectors.h"
 
-#include <iterator>
+#include <array>
 
 #include "quenwick/platform/Text.h"
 #include "quenwick/runtime/Records.h"
@@ -12,30 +12,41 @@ using platform::Dictionary;
 using platform::List;
 using platform::Value;
 
-Value described(const Parameter& parameter) {
-  return Dictionary{{"name", parameter.name}, {"kind", parameter.kind}};
+constexpr std::array kParts{startSelectors, linkSelectors, eventSelectors, viewSelectors};
+
+Value described(std::string_view name, const ParameterKind& kind) {
+  return Dictionary{{"name", name}, {"kind", kind.text}};
+}
+
+Dictionary described(std::string_view name, std::initializer_list<std::string_view> parameters,
+                     const Shape& shape) {
+  List arguments;
+  auto kind = shape.parameters.begin();
+  for (auto parameter : parameters) {
+    if (!kind->isCallback) arguments.push_back(described(parameter, *kind));
+    ++kind;
+  }
+  return {{"selector", name}, {"arguments", std::move(arguments)}};
 }
 
 template <class Out>
 Dictionary described(const Operation<Out>& operation) {
-  Dictionary entry{{"selector", operation.name}};
-  List arguments;
-  for (const auto& parameter : operation.parameters) {
-    if (!parameter.isCallback) arguments.push_back(described(parameter));
-  }
-  entry.set("arguments", std::move(arguments));
-  return entry;
+  return described(operation.name, operation.parameters, *operation.action.shape);
 }
 
 Value describedSelector(const Selector& selector) {
   auto entry = described(selector);
-  for (const auto& parameter : selector.parameters) {
-    if (!parameter.isCallback) continue;
-    entry.set("callback", Dictionary{{"name", parameter.name},
-                                     {"arguments", parameter.kind},
-                                     {"isRequired", parameter.isRequired}});
+  auto kind = selector.action.shape->parameters.begin();
+  for (auto parameter : selector.parameters) {
+    if (kind->isCallback) {
+      entry.set("callback", Dictionary{{"name", parameter},
+                                       {"arguments", kind->text},
+                                       {"isRequired", kind->isRequired}});
+    }
+    ++kind;
   }
-  entry.set("result", selector.result.empty() ? Value() : Value(selector.result));
+  auto result = selector.action.shape->result;
+  entry.set("result", result.empty() ? Value() : Value(result));
   return entry;
 }
 
@@ -43,7 +54,7 @@ template <class Record>
 void describeInitialisers(Dictionary& records) {
   List entries;
   for (const auto& each : initialisers<Record>()) entries.emplace_back(described(each));
-  records.set(Kind<Record>::name(), std::move(entries));
+  records.set(std::string(Kind<Record>::name), std::move(entries));
 }
 
 List listOf(const auto& texts) {
@@ -54,20 +65,18 @@ List listOf(const auto& texts) {
 
 }  // namespace
 
-const std::vector<Selector>& selectors() {
-  static const auto& table = *[] {
-    auto* all = new std::vector<Selector>;
-    for (auto part : {startSelectors, linkSelectors, eventSelectors, viewSelectors}) {
-      std::ranges::move(part(), std::back_inserter(*all));
-    }
-    return all;
-  }();
-  return table;
+const Selector* selectorNamed(std::string_view name) {
+  for (auto part : kParts) {
+    if (const auto* found = find(part(), name)) return found;
+  }
+  return nullptr;
 }
 
 Value description() {
   List all;
-  for (const auto& each : selectors()) all.push_back(describedSelector(each));
+  for (auto part : kParts) {
+    for (const auto& each : part()) all.push_back(describedSelector(each));
+  }
   Dictionary records;
   describeInitialisers<ProductProperties>(records);
   describeInitialisers<ProductCategory>(records);

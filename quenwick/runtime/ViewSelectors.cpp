@@ -10,24 +10,23 @@ std::function<void(const std::string& buttonID)> handlerOf(
   return [handler](const std::string& buttonID) { (*handler)({valueOf(buttonID)}); };
 }
 
+constexpr Selector kSelectors[] = {
+    {"showInAppMessageWith:hideCloseButton:handler:",
+     {"link", "hideCloseButton", "handler"},
+     calls([](const std::string& link, bool hideCloseButton,
+              const std::optional<TextCallback>& handler) {
+       QWClient::showInAppMessage(link, hideCloseButton, handlerOf(handler));
+     })},
+    {"showInAppBrowserWith:handler:",
+     {"link", "handler"},
+     calls([](const std::string& link, const std::optional<TextCallback>& handler) {
+       QWClient::showInAppBrowser(link, handlerOf(handler));
+     })},
+};
+static_assert(areNamed(kSelectors));
+
 }  // namespace
 
-std::vector<Selector> viewSelectors() {
-  return {
-      selector(
-          "showInAppMessageWith:hideCloseButton:handler:",
-          [](const std::string& link, bool hideCloseButton,
-             const std::optional<TextCallback>& handler) {
-            QWClient::showInAppMessage(link, hideCloseButton, handlerOf(handler));
-          },
-          "link", "hideCloseButton", "handler"),
-      selector(
-          "showInAppBrowserWith:handler:",
-          [](const std::string& link, const std::optional<TextCallback>& handler) {
-            QWClient::showInAppBrowser(link, handlerOf(handler));
-          },
-          "link", "handler"),
-  };
-}
+std::span<const Selector> viewSelectors() { return kSelectors; }
 
 }  // namespace quenwick::runtime

@@ -56,14 +56,14 @@ std::optional<Callback> callbackFrom(const quenwick_callback* callback) {
   return taken;
 }
 
-const Selector& selectorNamed(std::string_view name) {
-  const auto* found = find(selectors(), name);
+const Selector& selectorGiven(std::string_view name) {
+  const auto* found = selectorNamed(name);
   if (!found) throw ArgumentError("there is no selector " + shown(name));
   return *found;
 }
 
 platform::List listFrom(const Selector& selector, std::string_view json) {
-  return at([&] { return selector.name; },
+  return at([&] { return std::string(selector.name); },
             [&] {
               platform::Value value;
               try {
@@ -85,7 +85,7 @@ void refuseAfterShutdown() {
 
 std::string performed(const char* name, const char* arguments, const quenwick_callback* callback) {
   auto taken = callbackFrom(callback);
-  const auto& selector = selectorNamed(given(name, "the selector"));
+  const auto& selector = selectorGiven(given(name, "the selector"));
   auto values = listFrom(selector, given(arguments, "the text of the arguments"));
   refuseAfterShutdown();
   return JSONSerialization::text(selector.perform(std::move(values), std::move(taken)));

@@ -58,6 +58,17 @@ TEST_F(BadInputTest, IsRefusedWithATextThatSaysWhatAndWhere) {
        R"( "arguments": ["1", null, 1.5, null, null, null]}])",
        place + ", initWithId:title:intPrice:url:categories:meta:, argument 3 (intPrice): " +
            "must be integer and is a number"},
+      // The first of two faults.
+      {"logEventWithName:properties:", "[1, 2]",
+       "logEventWithName:properties:, argument 1 (name): must be text and is an integer"},
+      {"orderCompletedWithProperties:",
+       R"([{"selector": "initWithId:floatRevenue:products:", "arguments": ["1", null, [)"
+       R"({"selector": "initWithId:title:floatPrice:url:quantity:",)"
+       R"( "arguments": ["1", null, "5", 7, 1]}]]}])",
+       "orderCompletedWithProperties:, argument 1 (properties), "
+       "initWithId:floatRevenue:products:, argument 3 (products), element 1, "
+       "initWithId:title:floatPrice:url:quantity:, argument 3 (floatPrice): "
+       "must be number and is a text"},
   };
   configureAgainstSandbox();
   for (const auto& each : cases) {
