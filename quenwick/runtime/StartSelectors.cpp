@@ -1,4 +1,5 @@
 #include "quenwick/client/QWClient.h"
+#include "quenwick/runtime/Clients.h"
 #include "quenwick/runtime/Handles.h"
 #include "quenwick/runtime/Records.h"
 #include "quenwick/runtime/Selectors.h"
@@ -7,15 +8,18 @@ namespace quenwick::runtime {
 
 using ClientPointer = std::shared_ptr<QWClient>;
 
-/// A new client, as {"selector": "init", "arguments": []}.
+/// A new client, as {"selector": "init", "arguments": []}, or one by its number.
 template <>
 struct Kind<ClientPointer> {
   static constexpr std::string_view name = "QWClient";
   static ClientPointer read(platform::Value&& value) {
+    if (const auto* number = value.as<std::int64_t>()) {
+      if (auto client = Clients::shared().at(*number)) return client;
+    }
     auto* dictionary = value.as<Dictionary>();
     auto call = dictionary ? InitialiserCall::from(*dictionary) : std::nullopt;
     if (!call || call->selector != "init" || !call->arguments.empty()) {
-      throw ArgumentError(R"(must be {"selector": "init", "arguments": []})");
+      throw ArgumentError(R"(must be a client's number, or {"selector": "init", "arguments": []})");
     }
     return std::make_shared<QWClient>();
   }
@@ -71,6 +75,7 @@ constexpr Selector kSelectors[] = {
        if (handler) call = [handler] { (*handler)({}); };
        QWClient::setEventsEnabledHandler(std::move(call));
      })},
+    {"shared", {}, calls([] { return Handle{Clients::shared().number(QWClient::shared())}; })},
     {"setShared:", {"client"}, calls([](ClientPointer client) {
        QWClient::setShared(std::move(client));
      })},

@@ -39,7 +39,11 @@ TEST_F(BadInputTest, IsRefusedWithATextThatSaysWhatAndWhere) {
       {"cancel:", "[18446744073709551615]",
        "cancel:, argument 1 (handle): must fit a signed integer of 64 bits"},
       {"setShared:", "[{}]",
-       "setShared:, argument 1 (client): must be {\"selector\": \"init\", \"arguments\": []}"},
+       "setShared:, argument 1 (client): must be a client's number, or {\"selector\": \"init\", "
+       "\"arguments\": []}"},
+      {"setShared:", "[7]",
+       "setShared:, argument 1 (client): must be a client's number, or {\"selector\": \"init\", "
+       "\"arguments\": []}"},
       {"registerDeeplinkDomains:", R"([["a", 1]])",
        "registerDeeplinkDomains:, argument 1 (domains), element 2: must be text and is an integer"},
       {"addHandleablePaths:", R"([{"a": ["b", null]}])",
