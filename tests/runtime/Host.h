@@ -4,9 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -15,6 +13,7 @@
 
 #include "sandbox/Sandbox.h"
 #include "tests/runtime/Library.h"
+#include "tests/support/FileContents.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenwick::tests {
@@ -144,8 +143,7 @@ class RuntimeTest : public testing::Test {
   void expectRefusals() { areRefusalsExpected_ = true; }
 
   std::string configuration() {
-    std::ifstream file(sandbox_.certificateAuthority());
-    std::string authority{std::istreambuf_iterator<char>(file), {}};
+    auto authority = contents(sandbox_.certificateAuthority());
     boost::json::object json{{"serviceURL", sandbox_.service()},
                              {"trustAnchors", authority},
                              {"bundleIdentifier", "com.example.shop"},
