@@ -48,6 +48,12 @@ std::optional<std::string> faultOf(const Configuration& configuration) {
   return std::nullopt;
 }
 
+std::optional<platform::SecItemBackendKind> backendOf(KeychainKind kind) {
+  using Backend = platform::SecItemBackendKind;
+  if (kind == KeychainKind::automatic) return std::nullopt;
+  return kind == KeychainKind::keyring ? Backend::secretService : Backend::sealedFile;
+}
+
 std::shared_ptr<platform::Executor> executorFrom(const Configuration& configuration) {
   const auto& post = configuration.mainExecutor;
   return post ? std::make_shared<HostExecutor>(post) : nullptr;
@@ -84,7 +90,8 @@ std::optional<std::string> Lifecycle::take(Configuration configuration) {
   if (isInUse_ || !platform::configureHost({.bundleIdentifier = configuration.bundleIdentifier,
                                             .bundleVersion = configuration.bundleVersion,
                                             .infoPlist = configuration.infoPlist,
-                                            .home = configuration.home})) {
+                                            .home = configuration.home,
+                                            .keychain = backendOf(configuration.keychain)})) {
     return "the library is in use already";
   }
   std::swap(configuration_, configuration);

@@ -144,11 +144,9 @@ class RuntimeTest : public testing::Test {
 
   std::string configuration() {
     auto authority = contents(sandbox_.certificateAuthority());
-    boost::json::object json{{"serviceURL", sandbox_.service()},
-                             {"trustAnchors", authority},
-                             {"bundleIdentifier", "com.example.shop"},
-                             {"bundleVersion", "2.5.0"},
-                             {"home", home_.path().string()}};
+    boost::json::object json{{"serviceURL", sandbox_.service()},       {"trustAnchors", authority},
+                             {"bundleIdentifier", "com.example.shop"}, {"bundleVersion", "2.5.0"},
+                             {"home", home_.path().string()},          {"keychain", "sealedFile"}};
     json["connectTo"] = {
         {{"toAddress", "127.0.0.1"}, {"toPort", sandbox_.port()}},
         {{"port", 80}, {"toAddress", "127.0.0.1"}, {"toPort", sandbox_.httpPort()}}};
