@@ -1,8 +1,8 @@
 #include "quenwick/platform/Pasteboard.h"
 
-#include <mutex>
 #include <utility>
 
+#include "quenwick/platform/Replaceable.h"
 #include "quenwick/platform/Text.h"
 
 namespace quenwick::platform {
@@ -10,13 +10,8 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
 
-struct Current {
-  std::mutex mutex;
-  std::shared_ptr<Pasteboard> pasteboard;
-};
-
-Current& current() {
-  static auto& instance = *new Current;
+Replaceable<Pasteboard>& current() {
+  static auto& instance = *new Replaceable<Pasteboard>;
   return instance;
 }
 
@@ -38,13 +33,11 @@ Task<std::optional<URL>> Pasteboard::probableWebURL() {
 }
 
 std::shared_ptr<Pasteboard> Pasteboard::general() {
-  std::lock_guard lock(current().mutex);
-  return current().pasteboard;
+  return current().get();
 }
 
 void Pasteboard::setGeneral(std::shared_ptr<Pasteboard> pasteboard) {
-  std::lock_guard lock(current().mutex);
-  std::swap(current().pasteboard, pasteboard);
+  current().replace(std::move(pasteboard));
 }
 
 std::optional<URL> probableWebURL(std::string_view text) {
