@@ -13,6 +13,7 @@
 #include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/MainActor.h"
 #include "quenwick/platform/Text.h"
+#include "quenwick/platform/WebURL.h"
 #include "quenwick/platform/Writer.h"
 
 namespace quenwick {
@@ -20,9 +21,7 @@ namespace {
 
 std::optional<platform::URL> webURL(const std::string& text) {
   auto url = platform::URL::parse(text);
-  if (!url || !url->host()) return std::nullopt;
-  auto scheme = platform::lowercased(url->scheme());
-  return scheme == "https" || scheme == "http" ? url : std::nullopt;
+  return url && url->host() && platform::hasWebScheme(*url) ? url : std::nullopt;
 }
 
 bool isText(const std::optional<std::string>& text) {

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "quenwick/platform/Replaceable.h"
-#include "quenwick/platform/Text.h"
+#include "quenwick/platform/WebURL.h"
 
 namespace quenwick::platform {
 namespace {
@@ -15,10 +15,7 @@ Replaceable<Pasteboard>& current() {
   return instance;
 }
 
-bool leadsToTheWeb(const URL& url) {
-  auto scheme = lowercased(url.scheme());
-  return (scheme == "http" || scheme == "https") && url.host();
-}
+bool leadsToTheWeb(const URL& url) { return hasWebScheme(url) && url.host(); }
 
 }  // namespace
 
@@ -32,9 +29,7 @@ Task<std::optional<URL>> Pasteboard::probableWebURL() {
   co_return text ? platform::probableWebURL(*text) : std::nullopt;
 }
 
-std::shared_ptr<Pasteboard> Pasteboard::general() {
-  return current().get();
-}
+std::shared_ptr<Pasteboard> Pasteboard::general() { return current().get(); }
 
 void Pasteboard::setGeneral(std::shared_ptr<Pasteboard> pasteboard) {
   current().replace(std::move(pasteboard));
