@@ -129,7 +129,7 @@ void UserDefaults::apply(const Write& write, Values& values) {
 void UserDefaults::enqueue(Write write) {
   if (!isUTF8(write.key) || (write.value && !isAcceptable(*write.value))) {
     return logPlatformError("A value that cannot be kept was refused for the setting " +
-                            escapedControls(write.key.substr(0, 200)));
+                            shown(write.key));
   }
   {
     std::lock_guard lock(mutex_);

@@ -2,12 +2,8 @@
 
 #include <array>
 
-#include "quenwick/platform/Text.h"
-
 namespace quenwick::runtime {
 namespace {
-
-constexpr std::size_t kLongestShown = 200;
 
 // In the order of `Value::Storage`.
 constexpr std::array kKinds = {"null",     "a flag", "an integer", "an integer",
@@ -28,10 +24,6 @@ ArgumentError::ArgumentError(std::string places, std::string fault)
 ArgumentError ArgumentError::mismatch(std::string_view kind, const platform::Value& value) {
   return ArgumentError("must be " + std::string(kind) + " and is " +
                        kKinds.at(value.storage().index()));
-}
-
-std::string shown(std::string_view text) {
-  return platform::escapedControls(text.substr(0, kLongestShown));
 }
 
 }  // namespace quenwick::runtime

@@ -44,7 +44,8 @@ struct RecordKind {
     if (!call) return fromDictionary(std::move(*dictionary));
     const auto* initialiser = find(initialisers<Record>(), call->selector);
     if (initialiser) return initialiser->perform(std::move(call->arguments));
-    throw ArgumentError(Kind<Record>::name() + " has no initialiser " + shown(call->selector));
+    throw ArgumentError(Kind<Record>::name() + " has no initialiser " +
+                        platform::shown(call->selector));
   }
 
   static Record fromDictionary(platform::Dictionary dictionary) {

@@ -58,7 +58,7 @@ std::optional<Callback> callbackFrom(const quenwick_callback* callback) {
 
 const Selector& selectorNamed(std::string_view name) {
   const auto* found = find(selectors(), name);
-  if (!found) throw ArgumentError("there is no selector " + shown(name));
+  if (!found) throw ArgumentError("there is no selector " + platform::shown(name));
   return *found;
 }
 
