@@ -1,5 +1,6 @@
 #include "quenwick/runtime/Selectors.h"
 
+#include <algorithm>
 #include <iterator>
 
 #include "quenwick/platform/Text.h"
