@@ -15,7 +15,7 @@ help:
 	@echo "make coverage run the tests and print which lines and branches of quenwick/ they reach"
 	@echo "make fuzz     throw made-up input at the library, SECONDS=60 for each target"
 	@echo "make bench    run the benchmarks (optimised build) and write docs/figures.md"
-	@echo "make check    format, lint, build and test, as CI does"
+	@echo "make check    lint (format too), build and test"
 
 bootstrap:
 	@scripts/bootstrap
@@ -54,9 +54,11 @@ faults: build
 docs: bootstrap
 	@scripts/reference
 	@echo build/docs/html/index.html
+
 coverage:
 	@$(MAKE) --no-print-directory test PRESET=coverage
 	@scripts/coverage build/coverage
+
 fuzz: bootstrap
 	@cmake --preset fuzz >/dev/null
 	cmake --build --preset fuzz

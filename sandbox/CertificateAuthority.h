@@ -27,7 +27,7 @@ class CertificateAuthority {
   Certificate faultyCertificate(CertificateFault fault,
                                 const std::vector<std::string>& hosts) const;
 
-  /// The authority's own certificate as PEM; empty for a temporary one.
+  /// Where the authority's own certificate lies as PEM; empty for a temporary one.
   const std::filesystem::path& file() const { return file_; }
 
  private:

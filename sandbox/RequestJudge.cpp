@@ -1,5 +1,7 @@
 #include "sandbox/RequestJudge.h"
 
+#include <algorithm>
+
 #include "sandbox/JSONNode.h"
 #include "sandbox/Refusal.h"
 #include "sandbox/RequestHead.h"

@@ -16,7 +16,8 @@ struct Options {
   /// Ports on 127.0.0.1; 0 takes any free one.
   std::uint16_t port = 0;
   std::uint16_t httpPort = 0;
-  /// Folder of the certificate authority, made if needed; empty takes `Sandbox::defaultState()`.
+  /// Folder of the certificate authority and the secret, made if needed; empty takes
+  /// `Sandbox::defaultState()`.
   std::filesystem::path state = {};
   /// The scenario as JSON text; empty takes the built-in one.
   std::string scenario = {};

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "quenwick/CoreData/CoreDataManager.h"
 #include "quenwick/CoreData/DeeplinkQWU.h"
 #include "quenwick/CoreData/ManagedObjectType.h"

@@ -5,7 +5,7 @@
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
 #include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/auth/SecureSessionData.h"
-#include "quenwick/client/BehaviorRegistration.h"
+#include "quenwick/client/VerificationFailure.h"
 #include "tools/LoadingOptions.h"
 
 namespace quenwick::tools {

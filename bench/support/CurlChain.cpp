@@ -20,17 +20,14 @@ CURLM* makeMulti() {
 }  // namespace
 
 CurlChain::CurlChain(const platform::URLSessionConfiguration& configuration, std::string userAgent)
-    : userAgent_(std::move(userAgent)), multi_(makeMulti()) {
+    : userAgent_(std::move(userAgent)),
+      connectTo_(connectToList(configuration)),
+      multi_(makeMulti()) {
   // The system's issuers and the sandbox's in one file, parsed once by curl's own cache.
   issuers_ = std::filesystem::temp_directory_path() /
              ("quenwick-bench-" + std::to_string(getpid()) + ".pem");
   std::ofstream(issuers_) << std::ifstream(curl_version_info(CURLVERSION_NOW)->cainfo).rdbuf()
                           << configuration.additionalTrustAnchors;
-  for (const auto& to : configuration.connectTo) {
-    auto entry = to.host + ":" + std::to_string(to.port) + ":" + to.toAddress + ":" +
-                 std::to_string(to.toPort);
-    connectTo_.reset(curl_slist_append(connectTo_.release(), entry.c_str()));
-  }
 }
 
 CurlChain::~CurlChain() {

@@ -2,10 +2,10 @@
 
 #include <curl/curl.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
+#include "bench/support/CurlList.h"
 #include "quenwick/platform/URLSession.h"
 
 namespace quenwick::bench {
@@ -26,14 +26,11 @@ class CurlChain {
   void forgetConnections();
 
  private:
-  struct Free {
-    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
-  };
   CURL* prepared();
 
   std::string issuers_;
   std::string userAgent_;
-  std::unique_ptr<curl_slist, Free> connectTo_;
+  CurlList connectTo_;
   std::vector<CURL*> idle_;
   CURLM* multi_ = nullptr;
   bool isFresh_ = false;

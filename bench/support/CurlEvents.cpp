@@ -3,31 +3,21 @@
 #include "quenwick/platform/Text.h"
 
 namespace quenwick::bench {
-namespace {
-
-std::size_t append(char* bytes, std::size_t one, std::size_t count, void* answer) {
-  static_cast<std::string*>(answer)->append(bytes, one * count);
-  return one * count;
-}
-
-}  // namespace
 
 CurlEvents::CurlEvents(const platform::URLSessionConfiguration& configuration,
                        const platform::URLRequest& request, std::size_t atOnce)
-    : issuers_(configuration.additionalTrustAnchors), multi_(curl_multi_init()), posts_(atOnce) {
+    : issuers_(configuration.additionalTrustAnchors),
+      connectTo_(connectToList(configuration)),
+      multi_(curl_multi_init()),
+      posts_(atOnce) {
   curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, 6L);
-  for (const auto& to : configuration.connectTo) {
-    auto entry = to.host + ":" + std::to_string(to.port) + ":" + to.toAddress + ":" +
-                 std::to_string(to.toPort);
-    connectTo_.reset(curl_slist_append(connectTo_.release(), entry.c_str()));
-  }
   for (const auto& [name, value] : request.headerFields) {
     if (platform::equalsIgnoringCase(name, "Accept-Encoding")) continue;
     auto line = name;
     line.append(": ").append(value);
-    headers_.reset(curl_slist_append(headers_.release(), line.c_str()));
+    headers_.add(line);
   }
-  headers_.reset(curl_slist_append(headers_.release(), "Expect:"));
+  headers_.add("Expect:");
   for (auto& post : posts_) post.easy = made(request, post);
 }
 
@@ -42,7 +32,7 @@ CURL* CurlEvents::made(const platform::URLRequest& request, Post& post) {
   curl_easy_setopt(easy, CURLOPT_URL, request.url->absoluteString().c_str());
   curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "br, gzip, deflate");
   curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.get());
-  curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &append);
+  curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &appendBody);
   curl_easy_setopt(easy, CURLOPT_WRITEDATA, &post.answer);
   curl_easy_setopt(easy, CURLOPT_PRIVATE, &post);
   return easy;

@@ -2,10 +2,10 @@
 
 #include <curl/curl.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
+#include "bench/support/CurlList.h"
 #include "quenwick/platform/URLRequest.h"
 #include "quenwick/platform/URLSession.h"
 
@@ -30,18 +30,14 @@ class CurlEvents {
     CURL* easy = nullptr;
     std::string answer = {};
   };
-  struct Free {
-    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
-  };
-  using TextList = std::unique_ptr<curl_slist, Free>;
 
   CURL* made(const platform::URLRequest& request, Post& post);
   bool ended(const CURLMsg& message, const std::string& answer);
   void begin(Post& post, const std::string& body);
 
   std::string issuers_;
-  TextList connectTo_;
-  TextList headers_;
+  CurlList connectTo_;
+  CurlList headers_;
   CURLM* multi_;
   std::vector<Post> posts_;
 };

@@ -8,32 +8,21 @@
 #include "quenwick/platform/Text.h"
 
 namespace quenwick::bench {
-namespace {
-
-std::size_t append(char* bytes, std::size_t one, std::size_t count, void* answer) {
-  static_cast<std::string*>(answer)->append(bytes, one * count);
-  return one * count;
-}
-
-}  // namespace
 
 CurlPost::CurlPost(const platform::URLSessionConfiguration& configuration,
                    const platform::URLRequest& request)
-    : body_(request.httpBody.value_or("")), easy_(curl_easy_init()) {
+    : body_(request.httpBody.value_or("")),
+      connectTo_(connectToList(configuration)),
+      easy_(curl_easy_init()) {
   issuers_ = std::filesystem::temp_directory_path() /
              ("quenwick-bench-post-" + std::to_string(getpid()) + ".pem");
   std::ofstream(issuers_) << configuration.additionalTrustAnchors;
-  for (const auto& to : configuration.connectTo) {
-    auto entry = to.host + ":" + std::to_string(to.port) + ":" + to.toAddress + ":" +
-                 std::to_string(to.toPort);
-    connectTo_.reset(curl_slist_append(connectTo_.release(), entry.c_str()));
-  }
   curl_easy_setopt(easy_, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(easy_, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
   curl_easy_setopt(easy_, CURLOPT_CAINFO, issuers_.c_str());
   curl_easy_setopt(easy_, CURLOPT_CAPATH, nullptr);
   curl_easy_setopt(easy_, CURLOPT_CONNECT_TO, connectTo_.get());
-  curl_easy_setopt(easy_, CURLOPT_WRITEFUNCTION, &append);
+  curl_easy_setopt(easy_, CURLOPT_WRITEFUNCTION, &appendBody);
   curl_easy_setopt(easy_, CURLOPT_WRITEDATA, &answer_);
   set(request);
 }
@@ -53,9 +42,9 @@ void CurlPost::set(const platform::URLRequest& request) {
       continue;
     }
     auto line = name + (value.empty() ? ";" : ": ") + value;
-    headers_.reset(curl_slist_append(headers_.release(), line.c_str()));
+    headers_.add(line);
   }
-  headers_.reset(curl_slist_append(headers_.release(), "Expect:"));
+  headers_.add("Expect:");
   curl_easy_setopt(easy_, CURLOPT_HTTPHEADER, headers_.get());
 }
 

@@ -2,9 +2,9 @@
 
 #include <curl/curl.h>
 
-#include <memory>
 #include <string>
 
+#include "bench/support/CurlList.h"
 #include "quenwick/platform/URLSession.h"
 
 namespace quenwick::bench {
@@ -23,16 +23,13 @@ class CurlPost {
   const std::string& send();
 
  private:
-  struct Free {
-    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
-  };
   void set(const platform::URLRequest& request);
 
   std::string issuers_;
   std::string body_;
   std::string answer_;
-  std::unique_ptr<curl_slist, Free> connectTo_;
-  std::unique_ptr<curl_slist, Free> headers_;
+  CurlList connectTo_;
+  CurlList headers_;
   CURL* easy_;
 };
 

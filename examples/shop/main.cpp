@@ -49,7 +49,7 @@ bool open(const Options& options, Journal& journal) {
   QWClient::setEventsEnabledHandler([enabled] { enabled->promise.set_value(); });
   QWClient::start({
       .apiKey = options.apiKey,
-      .launchOptions = {{std::string(quenwick::UIApplicationLaunchOptionsURLKey), options.link}},
+      .launchOptions = {{quenwick::UIApplicationLaunchOptionsURLKey, options.link}},
       .deeplinkHandler = [opened](const auto& result) { opened->promise.set_value(result); },
   });
 

@@ -75,6 +75,8 @@ class AuthenticationTokenManager::State : public std::enable_shared_from_this<St
     return now < expiresAt.value_or(0) - kLeastValidity;
   }
 
+  const std::shared_ptr<AuthenticationService>& service() const { return service_; }
+
   using Renewed = std::optional<std::string>;
 
   /// Waits for the renewal in flight. Where there is none, one is started if `mayStart` is so and
@@ -149,6 +151,11 @@ AuthenticationTokenManager::AuthenticationTokenManager(
     : state_(std::make_shared<State>(std::move(service), std::move(clock))) {}
 
 AuthenticationTokenManager::~AuthenticationTokenManager() = default;
+
+const std::shared_ptr<AuthenticationService>& AuthenticationTokenManager::authenticationService()
+    const {
+  return state_->service();
+}
 
 std::optional<std::string> AuthenticationTokenManager::accessToken() const {
   return stored(SecureSessionData::accessToken);

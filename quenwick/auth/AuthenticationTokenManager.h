@@ -30,6 +30,9 @@ class AuthenticationTokenManager {
                              std::shared_ptr<const platform::Clock> clock);
   ~AuthenticationTokenManager();
 
+  /// The service that renews.
+  const std::shared_ptr<AuthenticationService>& authenticationService() const;
+
   std::optional<std::string> accessToken() const;
   std::optional<std::string> refreshToken() const;
   /// Seconds.

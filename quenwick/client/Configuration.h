@@ -26,6 +26,14 @@ struct ConnectTo {
   std::uint16_t toPort = 443;
 };
 
+/// Where an install keeps its secrets.
+enum class KeychainKind {
+  automatic,  ///< below `Configuration::home` in the file; else in the keyring where one answers
+              ///< and is unlocked
+  keyring,    ///< with the desktop's keyring; while that is away or locked there are none
+  sealedFile  ///< in an encrypted file beside the settings
+};
+
 /// What a host may say before it uses the library for the first time. Everything is optional.
 struct Configuration {
   /// The service's base URL, in place of the production one.
@@ -41,8 +49,10 @@ struct Configuration {
   std::optional<std::string> bundleVersion = {};
   /// Where Info.plist lies, if neither beside the executable nor in its share folder.
   std::optional<std::filesystem::path> infoPlist = {};
-  /// Everything kept lies below this folder, in place of the user's own.
+  /// Everything kept lies below this folder, in place of the user's own folders.
   std::optional<std::filesystem::path> home = {};
+  /// For an install that has kept no secret yet; one that has stays with what it chose.
+  KeychainKind keychain = KeychainKind::automatic;
   /// Runs work later, in order and one at a time, on the thread on which the host's handlers are to
   /// be called: its main loop. Without one the library has a thread of its own for that.
   std::function<void(std::function<void()> work)> mainExecutor = {};

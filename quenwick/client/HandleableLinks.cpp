@@ -38,8 +38,7 @@ HandleableLinks::Patterns HandleableLinks::compile(const std::vector<std::string
     try {
       patterns.compiled.push_back(platform::RegularExpression::compile(text));
     } catch (const platform::Error& error) {
-      Logger::error(QWLogType::deeplink, "The path pattern " +
-                                             platform::escapedControls(text.substr(0, 200)) +
+      Logger::error(QWLogType::deeplink, "The path pattern " + platform::shown(text) +
                                              " is never found: " + error.localizedDescription());
     }
   }

@@ -13,6 +13,7 @@
 #include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/MainActor.h"
 #include "quenwick/platform/Text.h"
+#include "quenwick/platform/WebURL.h"
 #include "quenwick/platform/Writer.h"
 
 namespace quenwick {
@@ -20,9 +21,7 @@ namespace {
 
 std::optional<platform::URL> webURL(const std::string& text) {
   auto url = platform::URL::parse(text);
-  if (!url || !url->host()) return std::nullopt;
-  auto scheme = platform::lowercased(url->scheme());
-  return scheme == "https" || scheme == "http" ? url : std::nullopt;
+  return url && url->host() && platform::hasWebScheme(*url) ? url : std::nullopt;
 }
 
 bool isText(const std::optional<std::string>& text) {
@@ -46,6 +45,12 @@ std::optional<std::string> faultOf(const Configuration& configuration) {
   if (!isText(configuration.bundleIdentifier)) return "bundleIdentifier is no text";
   if (!isText(configuration.bundleVersion)) return "bundleVersion is no text";
   return std::nullopt;
+}
+
+std::optional<platform::SecItemBackendKind> backendOf(KeychainKind kind) {
+  using Backend = platform::SecItemBackendKind;
+  if (kind == KeychainKind::automatic) return std::nullopt;
+  return kind == KeychainKind::keyring ? Backend::secretService : Backend::sealedFile;
 }
 
 std::shared_ptr<platform::Executor> executorFrom(const Configuration& configuration) {
@@ -84,7 +89,8 @@ std::optional<std::string> Lifecycle::take(Configuration configuration) {
   if (isInUse_ || !platform::configureHost({.bundleIdentifier = configuration.bundleIdentifier,
                                             .bundleVersion = configuration.bundleVersion,
                                             .infoPlist = configuration.infoPlist,
-                                            .home = configuration.home})) {
+                                            .home = configuration.home,
+                                            .keychain = backendOf(configuration.keychain)})) {
     return "the library is in use already";
   }
   std::swap(configuration_, configuration);

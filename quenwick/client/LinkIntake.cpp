@@ -18,9 +18,7 @@ using platform::URL;
 
 constexpr std::size_t kLongestShown = 2000;
 
-std::string shown(std::string_view link) {
-  return platform::escapedControls(link.substr(0, kLongestShown));
-}
+std::string shown(std::string_view link) { return platform::shown(link, kLongestShown); }
 
 /// The outcome, whatever becomes of it.
 platform::Task<DeeplinkResult> outcomeOf(DeeplinkManager manager, std::stop_token stop) {

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "quenwick/platform/Value.h"
@@ -13,11 +12,10 @@ namespace quenwick::inline v0 {
 using LaunchOptions = platform::Dictionary;
 
 /// Key of the URL, as text, that the application was launched to open.
-inline constexpr std::string_view UIApplicationLaunchOptionsURLKey =
-    "UIApplicationLaunchOptionsURLKey";
+inline constexpr const char* UIApplicationLaunchOptionsURLKey = "UIApplicationLaunchOptionsURLKey";
 
 /// The type of an activity that browses the web.
-inline constexpr std::string_view NSUserActivityTypeBrowsingWeb = "NSUserActivityTypeBrowsingWeb";
+inline constexpr const char* NSUserActivityTypeBrowsingWeb = "NSUserActivityTypeBrowsingWeb";
 
 /// What the user was doing when the application was opened.
 struct NSUserActivity {

@@ -8,18 +8,14 @@
 #include "quenwick/client/HostCalls.h"
 #include "quenwick/client/Lifecycle.h"
 #include "quenwick/events/BehaviorEventManager.h"
+#include "quenwick/platform/Replaceable.h"
 #include "quenwick/state/Analytics.h"
 
 namespace quenwick {
 namespace {
 
-struct Shared {
-  std::mutex mutex;
-  std::shared_ptr<QWClient> client;
-};
-
-Shared& holder() {
-  static auto& instance = *new Shared;
+platform::Replaceable<QWClient>& current() {
+  static auto& instance = *new platform::Replaceable<QWClient>;
   return instance;
 }
 
@@ -47,22 +43,14 @@ QWClient::~QWClient() = default;
 bool QWClient::enter() { return Lifecycle::shared().enter(); }
 
 std::shared_ptr<QWClient> QWClient::shared() {
-  {
-    std::lock_guard lock(holder().mutex);
-    if (holder().client) return holder().client;
-  }
+  if (auto client = current().get()) return client;
   // Without the lock: it opens files, and what is logged there may reach a hook of the host's. Of
   // two that are made at once the second goes.
-  auto made = std::make_shared<QWClient>();
-  std::lock_guard lock(holder().mutex);
-  if (!holder().client) holder().client = made;
-  return holder().client;
+  return current().orElse(std::make_shared<QWClient>());
 }
 
 void QWClient::setShared(std::shared_ptr<QWClient> client) {
-  if (!client || !enter()) return;
-  std::lock_guard lock(holder().mutex);
-  holder().client.swap(client);
+  if (client && enter()) current().replace(std::move(client));
 }
 
 BehaviorEventManager& QWClient::eventManager() {

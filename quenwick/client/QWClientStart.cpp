@@ -1,13 +1,13 @@
 #include <utility>
 
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
-#include "quenwick/client/BehaviorRegistration.h"
 #include "quenwick/client/Deadline.h"
 #include "quenwick/client/DeeplinkHandlers.h"
 #include "quenwick/client/Ending.h"
 #include "quenwick/client/EventsEnabled.h"
 #include "quenwick/client/Lifecycle.h"
 #include "quenwick/client/QWClient.h"
+#include "quenwick/client/VerificationFailure.h"
 #include "quenwick/events/BehaviorEventManager.h"
 #include "quenwick/logging/Logger.h"
 #include "quenwick/platform/Task.h"

@@ -15,7 +15,7 @@ void show(std::string_view link, bool asInAppBrowser, bool hideCloseButton, Hand
   auto url = URL::parse(std::string(link));
   if (!url) {
     return platform::logPlatformError("An in-app view was asked for what is no URL: " +
-                                      platform::escapedControls(link.substr(0, 200)));
+                                      platform::shown(link));
   }
   // Called on the main actor already.
   auto call = [handler = std::move(handler)](const std::string& buttonID) {

@@ -1,31 +1,23 @@
 #include "quenwick/platform/Application.h"
 
-#include <mutex>
 #include <utility>
+
+#include "quenwick/platform/Replaceable.h"
 
 namespace quenwick::platform {
 namespace {
 
-struct Current {
-  std::mutex mutex;
-  std::shared_ptr<Application> application;
-};
-
-Current& current() {
-  static auto& instance = *new Current;
+Replaceable<Application>& current() {
+  static auto& instance = *new Replaceable<Application>;
   return instance;
 }
 
 }  // namespace
 
-std::shared_ptr<Application> Application::shared() {
-  std::lock_guard lock(current().mutex);
-  return current().application;
-}
+std::shared_ptr<Application> Application::shared() { return current().get(); }
 
 void Application::setShared(std::shared_ptr<Application> application) {
-  std::lock_guard lock(current().mutex);
-  std::swap(current().application, application);
+  current().replace(std::move(application));
 }
 
 }  // namespace quenwick::platform

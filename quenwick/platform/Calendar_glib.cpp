@@ -38,19 +38,7 @@ Zone localZone() {
   return Zone(g_time_zone_ref(known.zone.get()));
 }
 
-class SystemClock : public Clock {
- public:
-  Date now() const override {
-    return std::chrono::time_point_cast<Date::duration>(std::chrono::system_clock::now());
-  }
-};
-
 }  // namespace
-
-std::shared_ptr<const Clock> Clock::system() {
-  static const auto& instance = *new std::shared_ptr<const Clock>(new SystemClock);
-  return instance;
-}
 
 std::optional<Date> Calendar::addingDays(int days, Date date) {
   auto seconds = std::chrono::floor<std::chrono::seconds>(date);

@@ -5,7 +5,7 @@
 #include <cerrno>
 
 #include "quenwick/platform/GenerationCounter.h"
-#include "quenwick/platform/HostConfiguration.h"
+#include "quenwick/platform/PrivateFile.h"
 
 namespace quenwick::platform {
 

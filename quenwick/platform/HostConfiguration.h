@@ -36,26 +36,4 @@ std::filesystem::path settingsDirectory();
 std::filesystem::path storesDirectory();
 std::filesystem::path cachesDirectory();
 
-/// Makes the folder, and those above it that are missing, for the user alone.
-void makePrivateDirectory(const std::filesystem::path& directory);
-
-/// Makes the folder (0700) and, in it, the empty file (0600) where they are missing. Whether the
-/// file is there afterwards.
-bool makePrivateFile(const std::filesystem::path& file);
-
-/// Held by one process at a time for a folder, also among the threads of one process.
-class DirectoryLock {
- public:
-  explicit DirectoryLock(const std::filesystem::path& directory);
-  ~DirectoryLock();
-  DirectoryLock(const DirectoryLock&) = delete;
-  DirectoryLock& operator=(const DirectoryLock&) = delete;
-
- private:
-  int descriptor_;
-};
-
-/// Renames a damaged SQLite file and its companions out of the way, with one error line.
-void setAside(const std::filesystem::path& file, const std::string& reason);
-
 }  // namespace quenwick::platform

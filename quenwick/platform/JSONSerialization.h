@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -17,9 +18,12 @@ class JSONError : public Error {
 enum class JSONWritingOptions { compact, prettyPrinted };
 
 /// Reads and writes JSON: exact 64-bit integers, the nearest double of every other number, strict
-/// UTF-8, nesting to 512 levels. NaN and infinities are refused on both sides, and so are numbers
-/// beyond a double and exponents of ten digits and more. Of duplicate keys the last holds.
+/// UTF-8, nesting to `maximumDepth` levels. NaN and infinities are refused on both sides, and so
+/// are numbers beyond a double and exponents of ten digits and more. Of duplicate keys the last
+/// holds.
 struct JSONSerialization {
+  static constexpr std::size_t maximumDepth = 512;
+
   /// Throws `JSONError`.
   static Value parse(std::string_view text);
 

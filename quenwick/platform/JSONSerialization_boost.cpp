@@ -16,7 +16,6 @@ namespace {
 namespace json = boost::json;
 using Text = json::string_view;
 
-constexpr std::size_t kMaximumDepth = 512;
 /// Up to here each key is looked for among those before it.
 constexpr std::size_t kFewKeys = 16;
 
@@ -145,7 +144,7 @@ class Reader {
 
 Value JSONSerialization::parse(std::string_view text) {
   json::parse_options options;
-  options.max_depth = kMaximumDepth;
+  options.max_depth = JSONSerialization::maximumDepth;
   json::basic_parser<Reader> parser(options);
   json::error_code error;
   auto read = parser.write_some(false, text.data(), text.size(), error);

@@ -14,7 +14,6 @@
 namespace quenwick::platform {
 namespace {
 
-constexpr std::size_t kMaximumDepth = 512;
 constexpr std::size_t kFirstCapacity = 2'048;
 /// Room for the quotes of a text.
 constexpr std::size_t kSlack = 2;
@@ -171,7 +170,8 @@ class Writer {
   }
 
   void open(char bracket) {
-    if (++depth_ > kMaximumDepth) throw JSONError("the value is nested too deeply");
+    if (++depth_ > JSONSerialization::maximumDepth)
+      throw JSONError("the value is nested too deeply");
     out_.add(bracket);
   }
 

@@ -3,11 +3,11 @@
 #include <plist/plist.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "quenwick/platform/PropertyListShape.h"
@@ -161,6 +161,7 @@ class Archiver {
   plist_t objects_;
   std::map<std::string, std::uint64_t> classes_;
 };
+
 /// Reads the objects of an archive's table.
 class Unarchiver {
  public:
@@ -288,11 +289,11 @@ class Unarchiver {
     auto keys = readList(item(instance, "NS.keys", PLIST_ARRAY), depth);
     auto values = readList(item(instance, "NS.objects", PLIST_ARRAY), depth);
     if (keys.size() != values.size()) throw NotArchivable();
-    std::map<std::string, Value> entries;
+    std::set<std::string> known;
     std::vector<Dictionary::Entry> inOrder;
     for (std::size_t i = 0; i < keys.size(); ++i) {
       const auto* key = keys[i].as<std::string>();
-      if (!key || !entries.emplace(*key, nullptr).second) throw NotArchivable();
+      if (!key || !known.insert(*key).second) throw NotArchivable();
       inOrder.push_back({*key, std::move(values[i])});
     }
     return Dictionary::ofUnique(std::move(inOrder));
@@ -314,28 +315,6 @@ auto noneWhereNotArchivable(Work work) -> std::optional<decltype(work())> {
 }
 
 }  // namespace
-
-std::int64_t NSNumber::integerValue() const {
-  using Limits = std::numeric_limits<std::int64_t>;
-  if (const auto* real = std::get_if<double>(&storage_)) {
-    if (std::isnan(*real)) return 0;
-    if (*real >= 0x1p63) return Limits::max();
-    if (*real < -0x1p63) return Limits::min();
-  } else if (const auto* large = std::get_if<std::uint64_t>(&storage_)) {
-    if (*large > static_cast<std::uint64_t>(Limits::max())) return Limits::max();
-  }
-  return std::visit([](auto number) { return static_cast<std::int64_t>(number); }, storage_);
-}
-
-float NSNumber::floatValue() const { return static_cast<float>(doubleValue()); }
-
-double NSNumber::doubleValue() const {
-  return std::visit([](auto number) { return static_cast<double>(number); }, storage_);
-}
-
-bool NSNumber::boolValue() const {
-  return std::visit([](auto number) { return number != 0; }, storage_);
-}
 
 std::optional<Bytes> KeyedArchive::archivedData(const Value& root) {
   if (!isWithin(kMaximumDepth, root)) return std::nullopt;

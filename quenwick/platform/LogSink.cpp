@@ -3,22 +3,17 @@
 #include <unistd.h>
 
 #include <array>
-#include <mutex>
 #include <string_view>
 #include <utility>
 
+#include "quenwick/platform/Replaceable.h"
 #include "quenwick/platform/Text.h"
 
 namespace quenwick::platform {
 namespace {
 
-struct Current {
-  std::mutex mutex;
-  std::shared_ptr<LogSink> sink = std::make_shared<StandardErrorLog>();
-};
-
-Current& current() {
-  static auto& instance = *new Current;
+Replaceable<LogSink>& current() {
+  static auto& instance = *new Replaceable<LogSink>(std::make_shared<StandardErrorLog>());
   return instance;
 }
 
@@ -39,15 +34,11 @@ void StandardErrorLog::write(const LogEntry& entry) {
   [[maybe_unused]] auto written = ::write(STDERR_FILENO, line.data(), line.size());
 }
 
-std::shared_ptr<LogSink> logSink() {
-  std::lock_guard lock(current().mutex);
-  return current().sink;
-}
+std::shared_ptr<LogSink> logSink() { return current().get(); }
 
 void setLogSink(std::shared_ptr<LogSink> sink) {
   if (!sink) sink = std::make_shared<StandardErrorLog>();
-  std::lock_guard lock(current().mutex);
-  std::swap(current().sink, sink);
+  current().replace(std::move(sink));
 }
 
 void writeLog(LogEntry entry) {

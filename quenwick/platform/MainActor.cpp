@@ -1,20 +1,15 @@
 #include "quenwick/platform/MainActor.h"
 
-#include <mutex>
 #include <utility>
 
+#include "quenwick/platform/Replaceable.h"
 #include "quenwick/platform/SerialThread.h"
 
 namespace quenwick::platform {
 namespace {
 
-struct Current {
-  std::mutex mutex;
-  std::shared_ptr<Executor> executor;
-};
-
-Current& current() {
-  static auto& instance = *new Current;
+Replaceable<Executor>& current() {
+  static auto& instance = *new Replaceable<Executor>;
   return instance;
 }
 
@@ -27,16 +22,11 @@ std::shared_ptr<Executor> ownThread() {
 }  // namespace
 
 void MainActor::setExecutor(std::shared_ptr<Executor> executor) {
-  std::lock_guard lock(current().mutex);
-  std::swap(current().executor, executor);
+  current().replace(std::move(executor));
 }
 
 void MainActor::post(Work work) {
-  std::shared_ptr<Executor> executor;
-  {
-    std::lock_guard lock(current().mutex);
-    executor = current().executor;
-  }
+  auto executor = current().get();
   if (!executor) executor = ownThread();
   executor->post(std::move(work));
 }

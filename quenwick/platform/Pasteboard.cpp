@@ -1,29 +1,21 @@
 #include "quenwick/platform/Pasteboard.h"
 
-#include <mutex>
 #include <utility>
 
-#include "quenwick/platform/Text.h"
+#include "quenwick/platform/Replaceable.h"
+#include "quenwick/platform/WebURL.h"
 
 namespace quenwick::platform {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
 
-struct Current {
-  std::mutex mutex;
-  std::shared_ptr<Pasteboard> pasteboard;
-};
-
-Current& current() {
-  static auto& instance = *new Current;
+Replaceable<Pasteboard>& current() {
+  static auto& instance = *new Replaceable<Pasteboard>;
   return instance;
 }
 
-bool leadsToTheWeb(const URL& url) {
-  auto scheme = lowercased(url.scheme());
-  return (scheme == "http" || scheme == "https") && url.host();
-}
+bool leadsToTheWeb(const URL& url) { return hasWebScheme(url) && url.host(); }
 
 }  // namespace
 
@@ -37,14 +29,10 @@ Task<std::optional<URL>> Pasteboard::probableWebURL() {
   co_return text ? platform::probableWebURL(*text) : std::nullopt;
 }
 
-std::shared_ptr<Pasteboard> Pasteboard::general() {
-  std::lock_guard lock(current().mutex);
-  return current().pasteboard;
-}
+std::shared_ptr<Pasteboard> Pasteboard::general() { return current().get(); }
 
 void Pasteboard::setGeneral(std::shared_ptr<Pasteboard> pasteboard) {
-  std::lock_guard lock(current().mutex);
-  std::swap(current().pasteboard, pasteboard);
+  current().replace(std::move(pasteboard));
 }
 
 std::optional<URL> probableWebURL(std::string_view text) {

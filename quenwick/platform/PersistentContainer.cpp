@@ -16,10 +16,6 @@ PersistentContainer::PersistentContainer(std::string name, ManagedObjectModel mo
       store_(std::make_shared<PersistentStore>(directory / (name_ + ".sqlite"), std::move(model))),
       viewContext_(std::make_shared<ManagedObjectContext>(store_, Queue::main)) {}
 
-const ManagedObjectModel& PersistentContainer::managedObjectModel() const {
-  return store_->model();
-}
-
 void PersistentContainer::loadPersistentStores(
     std::function<void(const ErrorPointer& error)> completion) {
   writer().post([store = store_, completion = std::move(completion)] {

@@ -21,7 +21,6 @@ class PersistentContainer {
                       const std::filesystem::path& directory = storesDirectory());
 
   const std::string& name() const { return name_; }
-  const ManagedObjectModel& managedObjectModel() const;
 
   /// Has the file opened on the writer thread, before any work that is performed from now on, and
   /// `completion` called there: with the error, or with null. After an error the container may be

@@ -9,6 +9,29 @@
 
 namespace quenwick::platform {
 
+/// Makes the folder, and those above it that are missing, for the user alone.
+void makePrivateDirectory(const std::filesystem::path& directory);
+
+/// Makes the folder (0700) and, in it, the empty file (0600) where they are missing. Whether the
+/// file is there afterwards.
+bool makePrivateFile(const std::filesystem::path& file);
+
+/// Held by one process at a time for a folder, also among the threads of one process.
+class DirectoryLock {
+ public:
+  explicit DirectoryLock(const std::filesystem::path& directory);
+  ~DirectoryLock();
+  DirectoryLock(const DirectoryLock&) = delete;
+  DirectoryLock& operator=(const DirectoryLock&) = delete;
+
+ private:
+  int descriptor_;
+};
+
+/// Renames a damaged file, and those that belong to it (a database's, its key), out of the way,
+/// with one error line.
+void setAside(const std::filesystem::path& file, const std::string& reason);
+
 /// The contents of a small file of the library's own, at most 4 KiB of them, made the user's alone
 /// where it was not; none where there is no file. Throws `PlatformError` where it cannot be read.
 std::optional<std::string> privateFileContents(const std::filesystem::path& file);

@@ -1,15 +1,15 @@
 #include <fcntl.h>
-#include <stdlib.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <system_error>
 
-#include "quenwick/platform/Error.h"
-#include "quenwick/platform/HostConfiguration.h"
+#include "quenwick/platform/Clock.h"
+#include "quenwick/platform/Draft_posix.h"
+#include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/PrivateFile.h"
 
 namespace quenwick::platform {
@@ -29,49 +29,59 @@ class Descriptor {
   int descriptor_;
 };
 
-[[noreturn]] void fail(const std::filesystem::path& file) {
-  int code = errno;
-  throw PlatformError("NSPOSIXErrorDomain", code,
-                      file.filename().string() + ": " + std::generic_category().message(code));
-}
-
-void writeAll(int descriptor, std::string_view bytes, const std::filesystem::path& file) {
-  while (!bytes.empty()) {
-    auto written = ::write(descriptor, bytes.data(), bytes.size());
-    if (written < 0 && errno != EINTR) fail(file);
-    if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-  if (::fsync(descriptor) != 0) fail(file);
-}
-
-/// Gives the file its name unless there is one of that name; where a file system knows no rename
-/// of that kind, by a second link.
-bool nameOnce(const std::string& made, const std::filesystem::path& file) {
-  if (::renameat2(AT_FDCWD, made.c_str(), AT_FDCWD, file.c_str(), RENAME_NOREPLACE) == 0) {
-    return true;
-  }
-  if (errno == EINVAL || errno == ENOSYS) {
-    if (::link(made.c_str(), file.c_str()) == 0) {
-      ::unlink(made.c_str());
-      return true;
-    }
-  }
-  return errno == EEXIST && ::unlink(made.c_str()) == 0;
-}
-
 }  // namespace
+
+void makePrivateDirectory(const std::filesystem::path& directory) {
+  bool isMade = ::mkdir(directory.c_str(), 0700) == 0;
+  if (!isMade && errno == ENOENT && directory.has_relative_path()) {
+    makePrivateDirectory(directory.parent_path());
+    isMade = ::mkdir(directory.c_str(), 0700) == 0;
+  }
+  if (isMade) ::chmod(directory.c_str(), 0700);
+}
+
+bool makePrivateFile(const std::filesystem::path& file) {
+  makePrivateDirectory(file.parent_path());
+  int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+  if (descriptor < 0) return false;
+  ::fchmod(descriptor, 0600);
+  ::close(descriptor);
+  return true;
+}
+
+DirectoryLock::DirectoryLock(const std::filesystem::path& directory)
+    : descriptor_(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+  // Without a folder to lock there is nothing to share either.
+  while (descriptor_ >= 0 && ::flock(descriptor_, LOCK_EX) != 0 && errno == EINTR) {
+  }
+}
+
+DirectoryLock::~DirectoryLock() {
+  if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+void setAside(const std::filesystem::path& file, const std::string& reason) {
+  auto suffix = ".damaged-" + std::to_string(Clock::system()->now().time_since_epoch().count());
+  for (auto companion : std::array{"", "-wal", "-shm", "-key"}) {
+    auto from = file.string() + companion;
+    std::error_code error;
+    std::filesystem::rename(from, file.string() + suffix + companion, error);
+  }
+  logPlatformError("A damaged file was set aside as " + file.filename().string() + suffix + ": " +
+                   reason);
+}
 
 std::optional<std::string> privateFileContents(const std::filesystem::path& file) {
   Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
   if (descriptor < 0 && errno == ENOENT) return std::nullopt;
-  if (descriptor < 0) fail(file);
+  if (descriptor < 0) throwErrorOf(file);
   ::fchmod(descriptor, 0600);
   std::array<char, 4096> bytes{};
   std::size_t size = 0;
   while (size < bytes.size()) {
     auto count = ::read(descriptor, bytes.data() + size, bytes.size() - size);
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) fail(file);
+    if (count < 0) throwErrorOf(file);
     if (count == 0) break;
     size += static_cast<std::size_t>(count);
   }
@@ -80,23 +90,9 @@ std::optional<std::string> privateFileContents(const std::filesystem::path& file
 
 void makePrivateFileOnce(const std::filesystem::path& file, std::string_view bytes) {
   makePrivateDirectory(file.parent_path());
-  auto name = file.string() + ".new-XXXXXX";
-  {
-    Descriptor descriptor(::mkostemp(name.data(), O_CLOEXEC));  // mode 0600
-    if (descriptor < 0) fail(file);
-    try {
-      writeAll(descriptor, bytes, file);
-    } catch (const PlatformError&) {
-      ::unlink(name.c_str());
-      throw;
-    }
-  }
-  if (!nameOnce(name, file)) {
-    int code = errno;
-    ::unlink(name.c_str());
-    errno = code;
-    fail(file);
-  }
+  Draft draft(file);
+  draft.write(bytes);
+  draft.becomeUnlessThere();
   Descriptor folder(::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (folder >= 0) ::fsync(folder);
 }

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "quenwick/platform/Error.h"
-#include "quenwick/platform/HostConfiguration.h"
+#include "quenwick/platform/PrivateFile.h"
 
 struct sqlite3;
 struct sqlite3_stmt;

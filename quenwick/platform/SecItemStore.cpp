@@ -2,10 +2,12 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <vector>
+#include <memory>
+#include <mutex>
 
 #include "quenwick/platform/Bundle.h"
 #include "quenwick/platform/CoarseClock.h"
+#include "quenwick/platform/KeptForGood.h"
 #include "quenwick/platform/KeysThread.h"
 #include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/SecItemChoice.h"
@@ -94,15 +96,7 @@ SecItemStore& SecItemStore::standard() {
 void SecItemStore::setStandard(SecItemStore& store) { replacement() = &store; }
 
 SecItemStore& SecItemStore::make(Options options) {
-  // Kept for good: work that the thread still has may be about any of them.
-  struct All {
-    std::mutex mutex;
-    std::vector<std::unique_ptr<SecItemStore>> stores;
-  };
-  static auto& all = *new All;
-  std::unique_ptr<SecItemStore> made(new SecItemStore(std::move(options)));
-  std::lock_guard lock(all.mutex);
-  return *all.stores.emplace_back(std::move(made));
+  return keptForGood(std::unique_ptr<SecItemStore>(new SecItemStore(std::move(options))));
 }
 
 OSStatus SecItemStore::add(const SecItemQuery& attributes) {

@@ -171,7 +171,7 @@ class Continuation {
 };
 
 /// Suspends the awaiting task and calls `start` with what takes it on again. Exactly one of
-/// `resume` and `fail` must be called, once.
+/// its functions must be called, once.
 template <class T>
 typename Continuation<T>::Awaiter suspend(std::function<void(Continuation<T>)> start) {
   return {std::move(start), {}};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +18,9 @@ std::string madeUTF8(std::string_view text);
 /// The text with control characters (C0, DEL, C1) as \n, \r, \t or \u{..}, and bytes that are not
 /// UTF-8 as \x...
 std::string escapedControls(std::string_view text);
+
+/// A text from outside as a line of the log may show it: `escapedControls` of its first bytes.
+std::string shown(std::string_view text, std::size_t atMost = 200);
 
 /// The text as debug printing shows it: in double quotes, with quotes, backslashes and control
 /// characters escaped.

@@ -87,6 +87,10 @@ std::string madeUTF8(std::string_view text) {
 
 std::string escapedControls(std::string_view text) { return escaped(text, ""); }
 
+std::string shown(std::string_view text, std::size_t atMost) {
+  return escapedControls(text.substr(0, atMost));
+}
+
 std::string debugQuoted(std::string_view text) { return '"' + escaped(text, "\"\\") + '"'; }
 
 std::string percentDecoded(std::string_view text) {

@@ -1,10 +1,12 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <memory>
 
 #include "quenwick/platform/CoarseClock.h"
 #include "quenwick/platform/GenerationCounter.h"
 #include "quenwick/platform/HostConfiguration.h"
+#include "quenwick/platform/KeptForGood.h"
 #include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/SQLiteDatabase.h"
 #include "quenwick/platform/Text.h"
@@ -76,15 +78,7 @@ UserDefaults& UserDefaults::standard() {
 }
 
 UserDefaults& UserDefaults::make(std::filesystem::path file) {
-  // Kept for good: work that the writer still has may be about any of them.
-  struct All {
-    std::mutex mutex;
-    std::vector<std::unique_ptr<UserDefaults>> stores;
-  };
-  static auto& all = *new All;
-  std::unique_ptr<UserDefaults> made(new UserDefaults(std::move(file)));
-  std::lock_guard lock(all.mutex);
-  return *all.stores.emplace_back(std::move(made));
+  return keptForGood(std::unique_ptr<UserDefaults>(new UserDefaults(std::move(file))));
 }
 
 UserDefaults::UserDefaults(std::filesystem::path file)
@@ -138,7 +132,7 @@ void UserDefaults::apply(const Write& write, Values& values) {
 bool UserDefaults::enqueue(Write write) {
   if (!isUTF8(write.key) || (write.value && !isAcceptable(*write.value))) {
     logPlatformError("A value that cannot be kept was refused for the setting " +
-                     escapedControls(write.key.substr(0, 200)));
+                     shown(write.key));
     return false;
   }
   {

@@ -99,8 +99,10 @@ class QUENWICK_EXPORT Value {
   Value(std::string text) : storage_(std::move(text)) {}
   /// The same, copied.
   Value(std::string_view text) : storage_(std::string(text)) {}
-  /// The same, copied; null is not allowed.
-  Value(const char* text) : storage_(std::string(text)) {}
+  /// The same, copied; a null pointer gives null.
+  Value(const char* text) : Value() {
+    if (text) storage_ = std::string(text);
+  }
   /// A list.
   Value(List list) : storage_(std::move(list)) {}
   /// A dictionary.

@@ -2,12 +2,8 @@
 
 #include <array>
 
-#include "quenwick/platform/Text.h"
-
 namespace quenwick::runtime {
 namespace {
-
-constexpr std::size_t kLongestShown = 200;
 
 // In the order of `Value::Storage`.
 constexpr std::array kKinds = {"null",     "a flag", "an integer", "an integer",
@@ -32,10 +28,6 @@ ArgumentError ArgumentError::mismatch(std::string_view kind, const platform::Val
 
 ArgumentError ArgumentError::within(const std::string& place) const {
   return {places_.empty() ? place : place + ", " + places_, fault_};
-}
-
-std::string shown(std::string_view text) {
-  return platform::escapedControls(text.substr(0, kLongestShown));
 }
 
 }  // namespace quenwick::runtime

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "quenwick/platform/Error.h"
+#include "quenwick/platform/Text.h"
 #include "quenwick/platform/Value.h"
 
 namespace quenwick::runtime {
@@ -37,10 +38,7 @@ auto at(const Place& place, const Work& work) {
   }
 }
 
-/// A text of the host's as it may be shown: cut, and without control characters.
-std::string shown(std::string_view text);
-
 /// The place of a key in a dictionary.
-inline std::string keyed(std::string_view key) { return "key \"" + shown(key) + "\""; }
+inline std::string keyed(std::string_view key) { return "key \"" + platform::shown(key) + "\""; }
 
 }  // namespace quenwick::runtime

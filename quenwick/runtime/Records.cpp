@@ -187,7 +187,7 @@ std::optional<InitialiserCall> InitialiserCall::from(Dictionary& dictionary) {
 }
 
 ArgumentError InitialiserCall::unknown(std::string_view record) const {
-  return ArgumentError(std::string(record) + " has no initialiser " + shown(selector));
+  return ArgumentError(std::string(record) + " has no initialiser " + platform::shown(selector));
 }
 
 ArgumentError refused(std::string_view record) {

@@ -20,6 +20,18 @@ struct Kind<std::filesystem::path> {
 };
 
 template <>
+struct Kind<KeychainKind> {
+  static constexpr std::string_view name = "text";
+  static KeychainKind read(platform::Value value) {
+    auto text = Kind<std::string>::read(std::move(value));
+    if (text == "automatic") return KeychainKind::automatic;
+    if (text == "keyring") return KeychainKind::keyring;
+    if (text == "sealedFile") return KeychainKind::sealedFile;
+    throw ArgumentError("is no kind of keychain");
+  }
+};
+
+template <>
 struct Kind<std::uint16_t> {
   static constexpr std::string_view name = "integer";
   static std::uint16_t read(const platform::Value& value) {
@@ -90,7 +102,9 @@ Configuration configurationFrom(const char* json) {
       .bundleIdentifier = fields.take<Text>("bundleIdentifier"),
       .bundleVersion = fields.take<Text>("bundleVersion"),
       .infoPlist = fields.take<Path>("infoPlist"),
-      .home = fields.take<Path>("home")};
+      .home = fields.take<Path>("home"),
+      .keychain =
+          fields.take<std::optional<KeychainKind>>("keychain").value_or(KeychainKind::automatic)};
   fields.end();
   return configuration;
 }

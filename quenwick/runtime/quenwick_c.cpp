@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "quenwick/client/Deadline.h"
 #include "quenwick/client/Lifecycle.h"
 #include "quenwick/client/QWClient.h"
 #include "quenwick/client/Version.h"
@@ -37,7 +38,7 @@ bool guarded(char** text, const Work& work) noexcept {
       if (text) *text = handedOut(platform::madeUTF8(error.what()));
     }
   } catch (...) {
-    // The text itself could not be made.
+    // No text can be made of it.
     if (text) *text = nullptr;
   }
   return false;
@@ -58,7 +59,7 @@ std::optional<Callback> callbackFrom(const quenwick_callback* callback) {
 
 const Selector& selectorGiven(std::string_view name) {
   const auto* found = selectorNamed(name);
-  if (!found) throw ArgumentError("there is no selector " + shown(name));
+  if (!found) throw ArgumentError("there is no selector " + platform::shown(name));
   return *found;
 }
 
@@ -105,13 +106,11 @@ std::string configured(const char* json, const quenwick_executor* executor,
   return {};
 }
 
-using Clock = std::chrono::steady_clock;
-
 bool shutDown(std::chrono::milliseconds atMost) {
-  auto end = Clock::now() + atMost;
+  Deadline deadline(atMost);
   bool hasEnded = QWClient::shutdown(atMost);
   Handles::shared().cancelAll();
-  return HostContext::closeAll(std::max(end - Clock::now(), Clock::duration(0))) && hasEnded;
+  return HostContext::closeAll(deadline.left()) && hasEnded;
 }
 
 }  // namespace

@@ -6,9 +6,10 @@
 /// are JSON; docs/c-interface.md has examples.
 ///
 /// Unless it says otherwise a function may be called from any thread, several at once, at any time,
-/// from within a callback too; none waits for the network or the disk, and none lets an exception
-/// through. All texts are UTF-8 and end with a zero byte. The library copies what it is given: a
-/// text or a struct may go as soon as the call returns.
+/// from within a callback too; none waits for the network, and none lets an exception through. The
+/// first one that needs what is kept reads it from the disk. All texts are UTF-8 and end with a
+/// zero byte. The library copies what it is given: a text or a struct may go as soon as the call
+/// returns.
 
 #include <stdbool.h>
 #include <stddef.h>
@@ -76,11 +77,12 @@ typedef struct quenwick_log {
   void (*destroy)(void* context);
 } quenwick_log;
 
-/// Sets the configuration of the process, before any selector is performed; of several calls until
-/// then the last one holds. A JSON object with any of the keys "serviceURL", "trustAnchors" (PEM
-/// text), "connectTo" (a list of {"host", "port", "toAddress", "toPort"}), "bundleIdentifier",
-/// "bundleVersion", "infoPlist" and "home" (paths). An interpreter must set the bundle's identifier
-/// and version: its executable is not the application.
+/// Sets the configuration of the process, before any selector is performed; called twice before
+/// that, the second replaces the first. A JSON object with any of the keys "serviceURL",
+/// "trustAnchors" (PEM text), "connectTo" (a list of {"host", "port", "toAddress", "toPort"}),
+/// "bundleIdentifier", "bundleVersion", "infoPlist" and "home" (paths), and "keychain"
+/// ("automatic", "keyring" or "sealedFile"). An interpreter must set the bundle's identifier and
+/// version: its executable is not the application.
 ///
 /// `executor` and `log` may be null: callbacks then come on a thread of the library's, and what is
 /// logged goes to standard error. False where it is refused; nothing has changed then, and `error`,
@@ -99,7 +101,7 @@ QUENWICK_API bool quenwick_perform(const char* selector, const char* arguments,
                                    const quenwick_callback* callback, char** answer);
 
 /// Every selector with its arguments, its callback and its result, and the initialisers of the
-/// property records, as JSON. To be freed by `quenwick_free`.
+/// property records, as JSON. To be freed by `quenwick_free`; null stands for a lack of memory.
 QUENWICK_API char* quenwick_selectors(void);
 
 /// Sends a search that still waits for the user to pause, and waits until the service has answered

@@ -2,6 +2,7 @@
 
 #include "quenwick/platform/Text.h"
 #include "quenwick/platform/URLComponents.h"
+#include "quenwick/platform/WebURL.h"
 
 namespace quenwick {
 namespace {
@@ -29,7 +30,7 @@ std::optional<std::string> buttonID(const platform::URL& url) {
 
 NavigationDecision decideNavigation(bool asInAppBrowser, const platform::NavigationAction& action) {
   auto scheme = platform::lowercased(action.url.scheme());
-  bool isWeb = scheme == "http" || scheme == "https";
+  bool isWeb = platform::hasWebScheme(action.url);
   bool isDocument = scheme == "about" || scheme == "data" || scheme == "blob";
   if (!action.isUserInitiated && (isWeb || isDocument)) {
     if (action.opensNewWindow) return {Action::refuse};

@@ -127,6 +127,7 @@ TEST_F(AuthenticationTokenManagerTest, ARenewalStoresTheTokenAloneAndSaysSo) {
   EXPECT_EQ(manager_.refreshToken(), "refresh");
   EXPECT_EQ(manager_.tokenExpirationDuration(), 3600.5);
   EXPECT_EQ(manager_.tokenExpirationTimeInterval(), 12.5);
+  EXPECT_EQ(manager_.authenticationService(), service_);
   EXPECT_EQ(validToken(), "token 2") << "the old expiry stands";
   EXPECT_EQ(log->count("default: Attempting to renew the access token"), 2);
   EXPECT_EQ(log->count("default: Token was successfully renewed 👍"), 2);

@@ -1,7 +1,9 @@
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "tests/client/ClientHost.h"
+#include "tests/support/FileContents.h"
 #include "tests/support/Program.h"
 
 namespace quenwick::tests {
@@ -76,6 +78,19 @@ TEST_F(FirstUseTest, ThreadsThatComeFirstTogetherFindOneClient) {
     for (auto& client : found) threads.emplace_back([&client] { client = QWClient::shared(); });
   }
   for (const auto& client : found) EXPECT_EQ(client, QWClient::shared());
+}
+
+// Below `home` it would be the file.
+TEST_F(FirstUseTest, SecretsLieWithTheKeyringWhereTheConfigurationSaysSo) {
+  setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere", 1);  // a person's own stays as it is
+  auto own = configuration();
+  own.keychain = KeychainKind::keyring;
+  ASSERT_TRUE(configure(own));
+  auto task = QWClient::registerForBehaviors("key");
+  ASSERT_TRUE(task && task->waitFor(std::chrono::seconds(60)));
+  auto record = home_.path() / "com.example.shop" / "keychain.backend";
+  EXPECT_EQ(contents(record), "secret-service\n");
+  EXPECT_EQ(logged("error: The keychain is out of reach"), 1);
 }
 
 }  // namespace

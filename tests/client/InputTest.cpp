@@ -12,7 +12,7 @@ struct Call {
   std::function<void(const std::string&)> with;
 };
 
-const std::string kKey(UIApplicationLaunchOptionsURLKey);
+constexpr auto kKey = UIApplicationLaunchOptionsURLKey;
 
 const std::vector<Call> kCalls = {
     {"start",
@@ -35,8 +35,7 @@ const std::vector<Call> kCalls = {
     {"handleUniversalLink of an activity",
      [](auto& text) {
        QWClient::handleUniversalLink(NSUserActivity{text, text});
-       QWClient::handleUniversalLink(
-           NSUserActivity{std::string(NSUserActivityTypeBrowsingWeb), text});
+       QWClient::handleUniversalLink(NSUserActivity{NSUserActivityTypeBrowsingWeb, text});
      }},
     {"handleURLFromLaunchOptions",
      [](auto& text) { QWClient::handleURLFromLaunchOptions({{kKey, text}, {text, nullptr}}); }},

@@ -103,8 +103,7 @@ TEST_F(LinkIntakeTest, OutcomesReachBothHandlersOnTheMainActor) {
 
 TEST_F(LinkIntakeTest, EveryKindOfOpeningIsRead) {
   QWClient::registerDeeplinkDomains({"l.example"});
-  NSUserActivity browsing{.activityType = std::string(NSUserActivityTypeBrowsingWeb),
-                          .webpageURL = kLink};
+  NSUserActivity browsing{.activityType = NSUserActivityTypeBrowsingWeb, .webpageURL = kLink};
   NSUserActivity other{.activityType = "com.example.edit", .webpageURL = kLink};
   EXPECT_TRUE(QWClient::handleUniversalLink(browsing));
   EXPECT_FALSE(QWClient::handleUniversalLink(other));
@@ -115,11 +114,10 @@ TEST_F(LinkIntakeTest, EveryKindOfOpeningIsRead) {
   EXPECT_FALSE(QWClient::handleUniversalLink(UISceneConnectionOptions{{other}}));
   EXPECT_FALSE(QWClient::handleUniversalLink(UISceneConnectionOptions{}));
 
-  const std::string key(UIApplicationLaunchOptionsURLKey);
-  EXPECT_TRUE(QWClient::handleURLFromLaunchOptions({{key, kLink}}));
+  EXPECT_TRUE(QWClient::handleURLFromLaunchOptions({{UIApplicationLaunchOptionsURLKey, kLink}}));
   EXPECT_EQ(logged("Found URL in launch options"), 1);
   EXPECT_FALSE(QWClient::handleURLFromLaunchOptions({}));
-  EXPECT_FALSE(QWClient::handleURLFromLaunchOptions({{key, 7}}));
+  EXPECT_FALSE(QWClient::handleURLFromLaunchOptions({{UIApplicationLaunchOptionsURLKey, 7}}));
   EXPECT_EQ(logged("App not opened from a URL"), 2);
 
   EXPECT_TRUE(QWClient::paste({{.text = "no link at all"}, {.url = "", .text = kLink}}));

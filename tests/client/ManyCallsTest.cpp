@@ -49,17 +49,16 @@ TEST_F(ManyCallsTest, ALinkDuringTheVerificationDoesNotWaitForIt) {
 
 TEST_F(ManyCallsTest, AnotherStartReplacesTheHandlerAndAddsTheRest) {
   Collected<std::string> replaced;
-  const std::string key(UIApplicationLaunchOptionsURLKey);
   QWClient::start({.deeplinkDomains = {"l.example"},
                    .shouldRegisterForBehaviorEvents = false,
                    .deeplinkHandler = [&](const auto&) { replaced.add("called"); }});
   QWClient::start({.deeplinkDomains = {"m.example"},
-                   .launchOptions = {{key, kLink}},
+                   .launchOptions = {{UIApplicationLaunchOptionsURLKey, kLink}},
                    .shouldRegisterForBehaviorEvents = false,
                    .deeplinkHandler = collect()});
   EXPECT_EQ(QWClient::domains(), (std::set<std::string>{"l.example", "m.example"}));
   EXPECT_EQ(results_.wait(1), Texts{kDestination});
-  QWClient::start({.launchOptions = {{key, kLink}},
+  QWClient::start({.launchOptions = {{UIApplicationLaunchOptionsURLKey, kLink}},
                    .shouldRegisterForBehaviorEvents = false,
                    .deeplinkHandler = collect()});
   EXPECT_EQ(results_.wait(2), (Texts{kDestination, kDestination}));

@@ -57,10 +57,10 @@ TEST_F(StartTest, EventsInBothFormsArriveOnceTheKeyIsProven) {
 }
 
 TEST_F(StartTest, WithoutAKeyLinksWorkAndOneLineSaysThatEventsDoNot) {
-  QWClient::start({.deeplinkDomains = {"l.example"},
-                   .launchOptions = {{std::string(UIApplicationLaunchOptionsURLKey),
-                                      "https://l.example/p/go/1f"}},
-                   .deeplinkHandler = collect()});
+  QWClient::start(
+      {.deeplinkDomains = {"l.example"},
+       .launchOptions = {{UIApplicationLaunchOptionsURLKey, "https://l.example/p/go/1f"}},
+       .deeplinkHandler = collect()});
   EXPECT_EQ(results_.wait(1).size(), 1U);
   EXPECT_EQ(logged("error: Behavioral Verification failed: API Key Not Found"), 1);
 }

@@ -4,10 +4,10 @@
 
 #include <cmath>
 #include <fstream>
-#include <iterator>
 #include <limits>
 #include <random>
 
+#include "tests/support/FileContents.h"
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -57,8 +57,7 @@ class KeyedArchiveTest : public testing::Test {
   Bytes fromPython(const std::string& objects, const std::string& changes = "{}") {
     auto made = tests::runProgram({"python3", "-c", kWrite, file_, objects, changes});
     EXPECT_EQ(made.exitCode, 0) << made.errors;
-    std::ifstream stream(file_, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return tests::contents(file_);
   }
 
   tests::TemporaryDirectory folder_;

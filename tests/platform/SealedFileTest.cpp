@@ -5,9 +5,9 @@
 
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <set>
 
+#include "tests/support/FileContents.h"
 #include "tests/support/Program.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/SecretPlace.h"
@@ -17,6 +17,7 @@ namespace {
 
 using tests::add;
 using tests::becomes;
+using tests::contents;
 using tests::data;
 using tests::item;
 
@@ -50,11 +51,6 @@ class SealedFileTest : public testing::Test {
   const std::filesystem::path file_ = place_.folder() / "keychain.sqlite";
   const std::filesystem::path key_ = place_.folder() / "keychain.sqlite-key";
 };
-
-std::string contents(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 TEST_F(SealedFileTest, FilesAreTheUsersAloneAndHoldNoSecretInClear) {
   auto before = ::umask(0);

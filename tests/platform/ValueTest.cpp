@@ -25,6 +25,15 @@ TEST(ValueTest, NestingCostsNoStack) {
   EXPECT_TRUE(deep == nested(kLevels - 1, List{1, "two"}));
 }
 
+TEST(ValueTest, ANullPointerIsNull) {
+  const char* text = nullptr;
+  EXPECT_TRUE(Value(text).isNull());
+  EXPECT_EQ((Dictionary{{"a", text}}), (Dictionary{{"a", nullptr}}));
+  text = "";
+  EXPECT_EQ(Value(text), Value(""));
+  EXPECT_FALSE(Value(text).isNull());
+}
+
 TEST(ValueTest, ACopyIsEqualAndItsOwn) {
   const Value whole = Dictionary{{"a", List{1, Dictionary{{"b", nullptr}}, List{}, "text"}},
                                  {"c", Dictionary{}},

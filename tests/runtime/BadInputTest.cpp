@@ -109,6 +109,7 @@ TEST_F(BadInputTest, AConfigurationOfNoUseIsRefusedAndLetsGoOfTheHost) {
       {R"({"serviceURL": "nowhere"})", "serviceURL is no URL of the web"},
       {R"({"bundleVersion": 2})", "key \"bundleVersion\": must be text and is an integer"},
       {R"({"home": "a\u0000b"})", "key \"home\": is no path"},
+      {R"({"keychain": "Keyring"})", "key \"keychain\": is no kind of keychain"},
       {R"({"connectTo": [{"toAddress": "127.0.0.1", "toPort": 65536}]})",
        "key \"connectTo\", element 1, key \"toPort\": is no port"},
       {R"({"connectTo": [{"host": "a.example"}]})", "an entry of connectTo has no address"},

@@ -4,9 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -15,6 +13,7 @@
 
 #include "sandbox/Sandbox.h"
 #include "tests/runtime/Library.h"
+#include "tests/support/FileContents.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenwick::tests {
@@ -144,13 +143,10 @@ class RuntimeTest : public testing::Test {
   void expectRefusals() { areRefusalsExpected_ = true; }
 
   std::string configuration() {
-    std::ifstream file(sandbox_.certificateAuthority());
-    std::string authority{std::istreambuf_iterator<char>(file), {}};
-    boost::json::object json{{"serviceURL", sandbox_.service()},
-                             {"trustAnchors", authority},
-                             {"bundleIdentifier", "com.example.shop"},
-                             {"bundleVersion", "2.5.0"},
-                             {"home", home_.path().string()}};
+    auto authority = contents(sandbox_.certificateAuthority());
+    boost::json::object json{{"serviceURL", sandbox_.service()},       {"trustAnchors", authority},
+                             {"bundleIdentifier", "com.example.shop"}, {"bundleVersion", "2.5.0"},
+                             {"home", home_.path().string()},          {"keychain", "sealedFile"}};
     json["connectTo"] = {
         {{"toAddress", "127.0.0.1"}, {"toPort", sandbox_.port()}},
         {{"port", 80}, {"toAddress", "127.0.0.1"}, {"toPort", sandbox_.httpPort()}}};

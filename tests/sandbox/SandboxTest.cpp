@@ -7,26 +7,21 @@
 #include <chrono>
 #include <fstream>
 #include <future>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "sandbox/Address.h"
 #include "tests/sandbox/SandboxFixture.h"
+#include "tests/support/FileContents.h"
 
 namespace quenwick::sandbox {
 namespace {
 
+using tests::contents;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 namespace fs = std::filesystem;
-
-std::string contents(const fs::path& file) {
-  std::ostringstream text;
-  text << std::ifstream(file).rdbuf();
-  return text.str();
-}
 
 /// A client that sends a text and then neither reads nor ends its connection.
 class Peer {

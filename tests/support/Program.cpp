@@ -5,21 +5,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
+#include "tests/support/FileContents.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenwick::tests {
-namespace {
-
-std::string contents(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-}  // namespace
 
 Finished runProgram(const std::vector<std::string>& words) {
   TemporaryDirectory folder;

@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-
 #include "quenwick/platform/JSONSerialization.h"
+#include "tests/support/FileContents.h"
 
 namespace quenwick::tests {
 
@@ -23,8 +21,7 @@ SandboxService::~SandboxService() {
 
 platform::URLSessionConfiguration SandboxService::configuration() const {
   platform::URLSessionConfiguration configuration;
-  std::ifstream authority(sandbox_->certificateAuthority(), std::ios::binary);
-  configuration.additionalTrustAnchors = {std::istreambuf_iterator<char>(authority), {}};
+  configuration.additionalTrustAnchors = contents(sandbox_->certificateAuthority());
   for (const auto& host : sandbox_->hosts()) {
     configuration.connectTo.push_back({host, 443, "127.0.0.1", sandbox_->port()});
     configuration.connectTo.push_back({host, 80, "127.0.0.1", sandbox_->httpPort()});

@@ -6,13 +6,12 @@
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <thread>
 
 #include "quenwick/platform/JSONSerialization.h"
 #include "quenwick/platform/Text.h"
 #include "tests/support/Daemon.h"
+#include "tests/support/FileContents.h"
 #include "tests/support/Keyring.h"
 #include "tests/support/Program.h"
 #include "tests/support/SandboxService.h"
@@ -27,11 +26,6 @@ using Words = std::vector<std::string>;
 
 constexpr auto kKey = "k3y/of+the \"shop\"";
 constexpr auto kOtherKey = "an0ther-key-of-the-shop";
-
-std::string contents(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 /// Base64 with the alphabet of URLs and without padding.
 std::string forURLs(std::string base64) {

@@ -1,8 +1,8 @@
 #include "tests/ui/Desktop.h"
 
 #include <fstream>
-#include <iterator>
 
+#include "tests/support/FileContents.h"
 #include "tests/support/Program.h"
 
 namespace quenwick::tests {
@@ -63,8 +63,7 @@ std::map<std::string, std::optional<std::string>> Desktop::environment(
 }
 
 std::vector<std::string> Desktop::opened() {
-  std::ifstream stream(folder_.path() / "opened");
-  std::string all{std::istreambuf_iterator<char>(stream), {}};
+  auto all = contents(folder_.path() / "opened");
   std::vector<std::string> urls;
   for (std::size_t end; (end = all.find('\n', openedSize_)) != all.npos; openedSize_ = end + 1) {
     urls.push_back(all.substr(openedSize_, end - openedSize_));

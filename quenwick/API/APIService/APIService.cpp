@@ -2,18 +2,15 @@
 
 #include <utility>
 
+#include "quenwick/platform/Replaceable.h"
+
 namespace quenwick {
 namespace {
 
 constexpr auto kProductionOrigin = "https://api.quenwick.example";
 
-struct Shared {
-  std::mutex mutex;
-  std::shared_ptr<APIService> service;
-};
-
-Shared& holder() {
-  static auto& instance = *new Shared;
+platform::Replaceable<APIService>& current() {
+  static auto& instance = *new platform::Replaceable<APIService>;
   return instance;
 }
 
@@ -41,17 +38,12 @@ APIService::BehavioralEventSource::BehavioralEventSource(const Host& host,
           std::make_shared<BehavioralEventRequester>(managerOver(std::move(basis)), host.url())) {}
 
 std::shared_ptr<APIService> APIService::shared() {
-  std::lock_guard lock(holder().mutex);
-  auto& service = holder().service;
-  if (!service) service = std::make_shared<APIService>();
-  return service;
+  auto service = current().get();
+  return service ? service : current().orElse(std::make_shared<APIService>());
 }
 
 void APIService::setShared(std::shared_ptr<APIService> service) {
-  // The one that is replaced may go, and does so outside of the lock.
-  std::unique_lock lock(holder().mutex);
-  std::swap(holder().service, service);
-  lock.unlock();
+  current().replace(std::move(service));
 }
 
 APIService::APIService(Host host, platform::URLSessionConfiguration basis)

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "quenwick/logging/Logger.h"
+#include "quenwick/platform/JSONSerialization.h"
 #include "quenwick/platform/Text.h"
 
 namespace quenwick {
@@ -13,7 +14,6 @@ using platform::Dictionary;
 using platform::List;
 using platform::Value;
 
-constexpr std::size_t kMaximumDepth = 512;
 constexpr std::size_t kMaximumSize = 1U << 20;
 constexpr std::size_t kLongestNamedField = 64;
 
@@ -64,7 +64,11 @@ class Checker {
     return true;
   }
 
-  bool enter() { return ++depth_ <= kMaximumDepth ? fits(1) : isFault("it is nested too deeply"); }
+  bool enter() {
+    return ++depth_ <= platform::JSONSerialization::maximumDepth
+               ? fits(1)
+               : isFault("it is nested too deeply");
+  }
 
   bool fits(std::size_t size) {
     size_ += size;

@@ -1,4 +1,4 @@
-#include "quenwick/client/BehaviorRegistration.h"
+#include "quenwick/client/VerificationFailure.h"
 
 #include <algorithm>
 
