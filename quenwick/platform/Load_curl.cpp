@@ -37,8 +37,6 @@ Load::Easy Load::makeEasy() {
   curl_easy_setopt(handle->easy.get(), CURLOPT_HEADERFUNCTION, &Load::onHeader);
   curl_easy_setopt(handle->easy.get(), CURLOPT_WRITEFUNCTION, &Load::onBody);
   curl_easy_setopt(handle->easy.get(), CURLOPT_OPENSOCKETFUNCTION, &Load::onOpen);
-  curl_easy_setopt(handle->easy.get(), CURLOPT_CLOSESOCKETFUNCTION, &OpenSockets::close);
-  curl_easy_setopt(handle->easy.get(), CURLOPT_CLOSESOCKETDATA, &OpenSockets::shared());
   curl_easy_setopt(handle->easy.get(), CURLOPT_PREREQFUNCTION, &Load::onSend);
   return handle;
 }

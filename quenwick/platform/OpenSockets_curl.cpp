@@ -3,11 +3,23 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
-#include <unistd.h>
+
+#include <optional>
 
 #include "quenwick/platform/Descriptors_curl.h"
 
 namespace quenwick::platform {
+namespace {
+
+/// None where the descriptor is not that of a socket.
+std::optional<std::uint64_t> cookieOf(curl_socket_t socket) {
+  std::uint64_t cookie = 0;
+  socklen_t size = sizeof cookie;
+  if (getsockopt(socket, SOL_SOCKET, SO_COOKIE, &cookie, &size) != 0) return std::nullopt;
+  return cookie;
+}
+
+}  // namespace
 
 OpenSockets& OpenSockets::shared() {
   static auto& instance = *new OpenSockets;
@@ -17,17 +29,21 @@ OpenSockets& OpenSockets::shared() {
 curl_socket_t OpenSockets::open(const curl_sockaddr& address) {
   auto copy = address;
   auto socket = openCloseOnExecSocket(nullptr, CURLSOCKTYPE_IPCXN, &copy);
-  if (socket != CURL_SOCKET_BAD) sockets_.push_back(socket);
+  forgetClosed();
+  if (auto cookie = cookieOf(socket)) sockets_.push_back({socket, *cookie});
   return socket;
 }
 
-int OpenSockets::close(void* sockets, curl_socket_t socket) {
-  std::erase(static_cast<OpenSockets*>(sockets)->sockets_, socket);
-  return ::close(socket);
+void OpenSockets::forgetClosed() {
+  std::erase_if(sockets_,
+                [](const Socket& socket) { return cookieOf(socket.descriptor) != socket.cookie; });
 }
 
-void OpenSockets::setHeld(int isHeld) const {
-  for (auto socket : sockets_) setsockopt(socket, IPPROTO_TCP, TCP_CORK, &isHeld, sizeof isHeld);
+void OpenSockets::setHeld(int isHeld) {
+  forgetClosed();
+  for (const auto& socket : sockets_) {
+    setsockopt(socket.descriptor, IPPROTO_TCP, TCP_CORK, &isHeld, sizeof isHeld);
+  }
 }
 
 }  // namespace quenwick::platform

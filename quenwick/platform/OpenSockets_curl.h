@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 
+#include <cstdint>
 #include <vector>
 
 namespace quenwick::platform {
@@ -12,16 +13,23 @@ class OpenSockets {
   static OpenSockets& shared();
 
   curl_socket_t open(const curl_sockaddr& address);
-  static int close(void* sockets, curl_socket_t socket);
 
   /// What is written from `hold` until `letGo` leaves in as few packets as hold it.
-  void hold() const { setHeld(1); }
-  void letGo() const { setHeld(0); }
+  void hold() { setHeld(1); }
+  void letGo() { setHeld(0); }
 
  private:
-  void setHeld(int isHeld) const;
+  /// Told by its cookie from another with the same descriptor, as curl does not say of each that
+  /// it was closed.
+  struct Socket {
+    curl_socket_t descriptor;
+    std::uint64_t cookie;
+  };
 
-  std::vector<curl_socket_t> sockets_;
+  void forgetClosed();
+  void setHeld(int isHeld);
+
+  std::vector<Socket> sockets_;
 };
 
 }  // namespace quenwick::platform
