@@ -102,6 +102,18 @@ def growth_table(rows):
                  + ["last to first", "at most 2"], made)
 
 
+def reasons_for(rows, texts):
+    """Why the rows that miss their targets do, from texts headed by how such a row begins."""
+    missed = [row["what"] for row in rows if not row.get("target", {"isMet": True})["isMet"]]
+    told = [text.split("\n", 1) for text in ("\n" + texts).split("\n## ")[1:]]
+    for what in missed:
+        if not any(what.startswith(head) for head, _ in told):
+            raise SystemExit(f"{what} misses its target, and bench/reasons.md does not say why")
+    parts = [f"**{head[0].upper() + head[1:]}.** {text.strip()}\n" for head, text in told
+             if any(what.startswith(head) for what in missed)]
+    return ["## What misses its target, and why\n"] + parts if parts else []
+
+
 def written(rows, reasons):
     def of(name):
         return [row for row in rows if row["table"] == name]
@@ -113,5 +125,5 @@ def written(rows, reasons):
 The cost of one operation, beside so many: it must not grow with their number, so that the whole grows
 no worse than in proportion and look-ups stay as they are.
 """, growth_table(of("growth"))]
-    parts += ["## On the wire\n", day.text(of("wire"), table), reasons.strip() + "\n"]
+    parts += ["## On the wire\n", day.text(of("wire"), table)] + reasons_for(rows, reasons)
     return "\n".join(parts)

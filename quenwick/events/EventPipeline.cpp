@@ -109,18 +109,18 @@ bool EventPipeline::hasMore() {
 }
 
 void EventPipeline::finishEnded() {
-  std::vector<Ended> ended;
   {
     std::lock_guard lock(mutex_);
-    ended.swap(ended_);
+    finishing_.swap(ended_);
   }
-  for (const auto& [payload, error] : ended) {
+  for (const auto& [payload, error] : finishing_) {
     --inFlight_;
     bool isIdentification = payload.kind == Kind::identification;
     isIdentification ? tellIdentification(error.get()) : tellEvent(payload.content, error.get());
     // Last, so that who waits for the end of all events finds their lines written.
     ledger_.move(EventState::inFlight, stateAfter(error.get()));
   }
+  finishing_.clear();
 }
 
 void EventPipeline::takeSteps() {

@@ -134,6 +134,7 @@ class EventPipeline : public std::enable_shared_from_this<EventPipeline> {
   bool isRunning_ = false;
 
   // Touched by `run` alone, which runs once at a time.
+  std::vector<Ended> finishing_;
   std::vector<std::unique_ptr<Step>> taken_;
   std::size_t position_ = 0;
   std::deque<Payload> waiting_;

@@ -15,8 +15,15 @@ using EasyHandle = std::unique_ptr<CURL, FreeEasy>;
 /// TLS sessions in common.
 EasyHandle makeEasyHandle();
 
-/// The handle for a transfer after its first: another with the same settings and cookies, where
-/// this version of curl is not to be trusted with a handle twice, else itself.
+/// Whether this version of curl is to be trusted with a handle for a second transfer, whatever the
+/// server answers. Where it is not, one on a connection of HTTP/2 is safe all the same: there the
+/// status is kept as a header, which comes before all others.
+bool mayBeUsedAgain();
+
+/// Another handle with the same settings and cookies.
 EasyHandle renewed(EasyHandle used);
+
+/// Whether the transfer, about to be sent, goes over HTTP/2.
+bool isOnHTTP2(CURL* easy);
 
 }  // namespace quenwick::platform

@@ -4,9 +4,13 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/strand.hpp>
+#include <memory>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "quenwick/platform/Executor.h"
+#include "quenwick/platform/PostsTogether.h"
 #include "quenwick/platform/Thread.h"
 
 namespace quenwick::platform {
@@ -24,6 +28,7 @@ class Pool : public Executor {
   }
 
   void post(Work work) override {
+    if (PostsTogether::take(work)) return;
     asio::post(context_, [work = std::move(work)] { runWork(work); });
   }
 
@@ -39,6 +44,31 @@ Pool& sharedPool() {
   return instance;
 }
 
+/// Works that came together. Who begins to take them calls one more thread, so that none of them
+/// waits for the end of another while the pool has a thread.
+class Batch : public std::enable_shared_from_this<Batch> {
+ public:
+  explicit Batch(std::vector<Work> works) : works_(std::move(works)) {}
+
+  void post() {
+    asio::post(sharedPool().context(), [self = shared_from_this()] { self->run(); });
+  }
+
+ private:
+  void run() {
+    bool hasCalled = false;
+    for (auto i = next_++; i < works_.size(); i = next_++) {
+      if (i + 1 < works_.size() && !std::exchange(hasCalled, true)) post();
+      runWork(std::exchange(works_[i], nullptr));
+    }
+  }
+
+  std::vector<Work> works_;
+  std::atomic<std::size_t> next_ = 0;
+};
+
+thread_local PostsTogether* outermost = nullptr;
+
 class Strand : public Executor {
  public:
   void post(Work work) override {
@@ -52,6 +82,23 @@ class Strand : public Executor {
 }  // namespace
 
 Executor& pool() { return sharedPool(); }
+
+PostsTogether::PostsTogether() {
+  if (!outermost) outermost = this;
+}
+
+PostsTogether::~PostsTogether() {
+  if (outermost != this) return;
+  outermost = nullptr;
+  if (works_.size() == 1) sharedPool().post(std::move(works_.front()));
+  if (works_.size() > 1) std::make_shared<Batch>(std::move(works_))->post();
+}
+
+bool PostsTogether::take(Work& work) {
+  if (!outermost) return false;
+  outermost->works_.push_back(std::move(work));
+  return true;
+}
 
 std::shared_ptr<Executor> makeStrand() { return std::make_shared<Strand>(); }
 

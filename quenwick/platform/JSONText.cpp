@@ -18,19 +18,24 @@ constexpr std::size_t kFirstCapacity = 2'048;
 /// Room for the quotes of a text.
 constexpr std::size_t kSlack = 2;
 
-/// Bytes that are appended one after the other.
+/// Bytes that are appended one after the other. The first of them lie on the stack.
 class Output {
  public:
+  Output() = default;
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
   /// From here on, that many bytes may be written at `end`.
   void makeRoom(std::size_t count) {
     if (capacity_ - size_ >= count) return;
     capacity_ = std::max(capacity_ * 2, size_ + count);
-    auto bytes = std::make_unique_for_overwrite<char[]>(capacity_);
-    std::memcpy(bytes.get(), bytes_.get(), size_);
-    bytes_ = std::move(bytes);
+    auto more = std::make_unique_for_overwrite<char[]>(capacity_);
+    std::memcpy(more.get(), bytes_, size_);
+    bytes_ = more.get();
+    more_ = std::move(more);
   }
-  char* end() { return bytes_.get() + size_; }
-  void setEnd(const char* end) { size_ = static_cast<std::size_t>(end - bytes_.get()); }
+  char* end() { return bytes_ + size_; }
+  void setEnd(const char* end) { size_ = static_cast<std::size_t>(end - bytes_); }
 
   void add(char c) {
     makeRoom(1);
@@ -41,12 +46,14 @@ class Output {
     std::memcpy(end(), text.data(), text.size());
     size_ += text.size();
   }
-  std::string text() const { return {bytes_.get(), size_}; }
+  std::string text() const { return {bytes_, size_}; }
 
  private:
   std::size_t capacity_ = kFirstCapacity;
   std::size_t size_ = 0;
-  std::unique_ptr<char[]> bytes_ = std::make_unique_for_overwrite<char[]>(kFirstCapacity);
+  std::array<char, kFirstCapacity> first_;  // not set to anything
+  std::unique_ptr<char[]> more_;
+  char* bytes_ = first_.data();
 };
 
 /// Whether none of the word's bytes is a control character, a quote, a backslash or beyond ASCII.

@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "quenwick/platform/OpenSockets_curl.h"
 #include "quenwick/platform/Text.h"
 #include "quenwick/platform/TrustStore_openssl.h"
 #include "quenwick/platform/URLError_curl.h"
@@ -35,6 +36,7 @@ Load::Easy Load::makeEasy() {
   handle->easy = makeEasyHandle();
   curl_easy_setopt(handle->easy.get(), CURLOPT_HEADERFUNCTION, &Load::onHeader);
   curl_easy_setopt(handle->easy.get(), CURLOPT_WRITEFUNCTION, &Load::onBody);
+  curl_easy_setopt(handle->easy.get(), CURLOPT_OPENSOCKETFUNCTION, &Load::onOpen);
   curl_easy_setopt(handle->easy.get(), CURLOPT_PREREQFUNCTION, &Load::onSend);
   return handle;
 }
@@ -44,6 +46,7 @@ void Load::setUp(Easy handle) {
   handle_ = std::move(handle);
   auto* easy = this->easy();
   curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
+  curl_easy_setopt(easy, CURLOPT_OPENSOCKETDATA, this);
   curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
   curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
   curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
@@ -60,16 +63,17 @@ void Load::setConfiguration() {
   }
   curl_easy_setopt(easy(), CURLOPT_CONNECT_TO, connectTo.get());
   handle_->connectTo = std::move(connectTo);
-  handle_->configuration = configuration_;
   setTrust();
+  handle_->configuration = configuration_;
+  handle_->headers.reset();
 }
 
 void Load::setTrust() {
   auto* easy = this->easy();
-  const auto& text = trust_->additional();
+  const auto& text = configuration_->additionalTrustAnchors;  // which the handle keeps
   bool isSystemAlone = text.empty();
   // The text as curl's own issuers keeps connections of different trust apart in its pool.
-  curl_blob blob{const_cast<char*>(text.data()), text.size(), CURL_BLOB_COPY};
+  curl_blob blob{const_cast<char*>(text.data()), text.size(), CURL_BLOB_NOCOPY};
   curl_easy_setopt(easy, CURLOPT_CAINFO_BLOB, isSystemAlone ? nullptr : &blob);
   curl_easy_setopt(easy, CURLOPT_CAINFO,
                    isSystemAlone ? TrustStore::systemFile().c_str() : nullptr);
@@ -98,7 +102,7 @@ void Load::setNext(URLRequest request) {
 
 /// Tells curl what to load. What a redirect leaves as it was is not told again.
 void Load::setRequest() {
-  if (std::exchange(handle_->isUsed, true)) handle_->easy = renewed(std::move(handle_->easy));
+  prepareHandle();
   body_.clear();
   isHeadComplete_ = false;
   isSent_ = false;
@@ -110,6 +114,23 @@ void Load::setRequest() {
   if (std::exchange(isSet_, true)) return;
   setMethod();
   setHeaders();
+}
+
+/// A handle that was used is used again where curl may be trusted with it, or where its connection
+/// is known to be one of HTTP/2, which is seen to before anything is sent.
+void Load::prepareHandle() {
+  isOnlyForHTTP2_ = false;
+  if (!std::exchange(handle_->isUsed, true) || mayBeUsedAgain()) return;
+  isOnlyForHTTP2_ = handle_->multiplexed == origin_;
+  if (!isOnlyForHTTP2_) handle_->easy = renewed(std::move(handle_->easy));
+}
+
+/// One that no transfer used, and that fits any connection.
+void Load::takeAnotherHandle() {
+  isHandleUnfit_ = false;
+  isOnlyForHTTP2_ = false;
+  handle_->multiplexed.clear();
+  handle_->easy = renewed(std::move(handle_->easy));
 }
 
 void Load::setMethod() {
@@ -126,6 +147,11 @@ void Load::setMethod() {
   curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, isPlain ? nullptr : method.c_str());
 }
 
+bool Load::asksCaches() const {
+  return request_.cachePolicy != CachePolicy::useProtocolCachePolicy ||
+         configuration_->cachePolicy != CachePolicy::useProtocolCachePolicy;
+}
+
 /// The fields of the request, of its session, and of what they ask of caches. The session's
 /// credentials are for the server that was asked first.
 HeaderFields Load::allFields() const {
@@ -134,18 +160,19 @@ HeaderFields Load::allFields() const {
     bool isForOther = isAway_ && isCredentialField(field.first);
     if (!isForOther && !headerField(fields, field.first)) fields.push_back(field);
   }
-  bool asksCaches = request_.cachePolicy != CachePolicy::useProtocolCachePolicy ||
-                    configuration_->cachePolicy != CachePolicy::useProtocolCachePolicy;
-  if (asksCaches && !headerField(fields, "Cache-Control")) {
+  if (asksCaches() && !headerField(fields, "Cache-Control")) {
     fields.emplace_back("Cache-Control", "no-cache");
   }
   return fields;
 }
 
 void Load::setHeaders() {
-  auto fields = allFields();
   bool hasBody = request_.httpBody.has_value();
-  if (handle_->headers && handle_->fields == fields && handle_->hasBody == hasBody) return;
+  if (handle_->headers && handle_->hasBody == hasBody && handle_->isBare == isAway_ &&
+      handle_->asksCaches == asksCaches() && handle_->requested == request_.headerFields) {
+    return;
+  }
+  auto fields = allFields();
   TextList headers;
   std::string encodings;  // empty: all that curl decodes
   for (const auto& [name, value] : fields) {
@@ -167,7 +194,9 @@ void Load::setHeaders() {
   curl_easy_setopt(easy(), CURLOPT_ACCEPT_ENCODING, encodings.c_str());
   curl_easy_setopt(easy(), CURLOPT_HTTPHEADER, headers.get());
   handle_->headers = std::move(headers);
-  handle_->fields = std::move(fields);
+  handle_->requested = request_.headerFields;
+  handle_->isBare = isAway_;
+  handle_->asksCaches = asksCaches();
   handle_->hasBody = hasBody;
 }
 
@@ -242,8 +271,17 @@ std::size_t Load::onBody(char* bytes, std::size_t one, std::size_t count, void* 
   return static_cast<Load*>(load)->receiveBody({bytes, size}) ? size : 0;
 }
 
+curl_socket_t Load::onOpen(void* load, curlsocktype, curl_sockaddr* address) {
+  auto* self = static_cast<Load*>(load);
+  self->isHandleUnfit_ = self->isOnlyForHTTP2_;
+  return self->isHandleUnfit_ ? CURL_SOCKET_BAD : OpenSockets::shared().open(*address);
+}
+
 int Load::onSend(void* load, char*, char*, int, int) {
-  return static_cast<Load*>(load)->isToBeSent() ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+  auto* self = static_cast<Load*>(load);
+  self->isHandleUnfit_ = self->isOnlyForHTTP2_ && !isOnHTTP2(self->easy());
+  bool isFit = !self->isHandleUnfit_;
+  return isFit && self->isToBeSent() ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
 CURLcode Load::onTrust(CURL*, void* context, void* load) {

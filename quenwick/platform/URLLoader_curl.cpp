@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "quenwick/platform/Descriptors_curl.h"
+#include "quenwick/platform/OpenSockets_curl.h"
+#include "quenwick/platform/PostsTogether.h"
 #include "quenwick/platform/Text.h"
 #include "quenwick/platform/Thread.h"
 #include "quenwick/platform/URLError_curl.h"
@@ -16,6 +18,7 @@ namespace {
 
 constexpr std::size_t kConnectionsPerHost = 6;
 constexpr std::size_t kSpareHandles = 64;
+constexpr std::size_t kCompany = 4;
 
 std::shared_ptr<CURLM> makeMulti() {
   std::shared_ptr<CURLM> multi(makeCloseOnExecMulti(), curl_multi_cleanup);
@@ -76,7 +79,7 @@ void URLLoader::start(std::shared_ptr<Load> load, Load::End end) {
   load->end_ = std::move(end);
   post([this, load = std::move(load)] {
     load->started_ = Load::Clock::now();
-    loads_.push_back(load);
+    load->place_ = loads_.insert(loads_.end(), load);
     begin(load);
   });
 }
@@ -84,7 +87,7 @@ void URLLoader::start(std::shared_ptr<Load> load, Load::End end) {
 void URLLoader::cancel(std::shared_ptr<Load> load) {
   load->isCancelled_ = true;
   post([this, load = std::move(load)] {
-    if (std::ranges::find(loads_, load) == loads_.end()) return;
+    if (std::ranges::find(loads_, load) == loads_.end()) return;  // not begun, or ended
     end(load, urlError(URLErrorCode::cancelled, ""));
   });
 }
@@ -139,6 +142,7 @@ void URLLoader::post(Command command) {
 
 /// Without the lock, which the woken thread takes first of all.
 void URLLoader::wake() {
+  if (wakeUp_.wake()) return;
   std::shared_ptr<CURLM> multi;
   {
     std::lock_guard lock(mutex_);
@@ -150,15 +154,33 @@ void URLLoader::wake() {
 void URLLoader::run() {
   while (!isStopping_) {
     runCommands();
-    do {
-      hasBegun_ = false;
-      int running = 0;
-      curl_multi_perform(multi_.get(), &running);
-      takeEnded();
-    } while (hasBegun_);
+    drive();
     failTimedOut();
-    if (!isStopping_) curl_multi_poll(multi_.get(), nullptr, 0, pollMilliseconds(), nullptr);
+    if (!isStopping_) sleep();
   }
+}
+
+/// Loads that begin together are written together. They are driven a second time, as curl may
+/// forget to look again at a transfer whose answer another one of the connection has read.
+void URLLoader::drive() {
+  bool isInCompany = hasBegun_ && loads_.size() >= kCompany;
+  if (isInCompany) OpenSockets::shared().hold();
+  for (bool goesOn = true; goesOn;) {
+    bool hadBegun = std::exchange(hasBegun_, false);
+    int running = 0;
+    curl_multi_perform(multi_.get(), &running);
+    takeEnded();
+    goesOn = hasBegun_ || (hadBegun && loads_.size() > 1);
+  }
+  if (isInCompany) OpenSockets::shared().letGo();
+}
+
+/// Until there is something to do.
+void URLLoader::sleep() {
+  curl_waitfd wakeUp{.fd = wakeUp_.descriptor(), .events = CURL_WAIT_POLLIN, .revents = 0};
+  unsigned count = wakeUp.fd >= 0 ? 1 : 0;
+  curl_multi_poll(multi_.get(), &wakeUp, count, pollMilliseconds(), nullptr);
+  if (wakeUp.revents != 0) wakeUp_.clear();
 }
 
 void URLLoader::runCommands() {
@@ -174,15 +196,14 @@ void URLLoader::runCommands() {
 }
 
 void URLLoader::takeEnded() {
+  PostsTogether together;
   int left = 0;
   while (auto* message = curl_multi_info_read(multi_.get(), &left)) {
     if (message->msg != CURLMSG_DONE) continue;
     auto code = message->data.result;
     char* ended = nullptr;
     curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &ended);
-    auto found = std::ranges::find(loads_, reinterpret_cast<Load*>(ended),
-                                   [](const auto& load) { return load.get(); });
-    if (found != loads_.end()) hopEnded(std::shared_ptr(*found), code);
+    hopEnded(reinterpret_cast<Load*>(ended)->shared_from_this(), code);
   }
 }
 
@@ -198,9 +219,9 @@ void URLLoader::begin(const std::shared_ptr<Load>& load) {
     if (!spare_.empty()) spare_.pop_back();
     load->setUp(std::move(handle));
   }
+  load->origin_ = url->origin();
   load->setRequest();
   nextDeadline_ = std::min(nextDeadline_, load->deadline());
-  load->origin_ = url->origin();
   origins_[load->origin_].waiting.push_back(load);
   putWaiting(load->origin_);
 }
@@ -209,6 +230,14 @@ void URLLoader::put(const std::shared_ptr<Load>& load) {
   load->isLoading_ = true;
   curl_multi_add_handle(multi_.get(), load->easy());
   hasBegun_ = true;
+}
+
+/// Nothing went wrong but that the handle fits no connection that there is.
+void URLLoader::putAgain(const std::shared_ptr<Load>& load) {
+  pause(*load);
+  load->takeAnotherHandle();
+  origins_[load->origin_].waiting.push_front(load);
+  putWaiting(load->origin_);
 }
 
 /// Puts those on the wire for which there is room.
@@ -226,9 +255,13 @@ void URLLoader::putWaiting(const std::string& name) {
 
 /// A request of the load was answered, or failed.
 void URLLoader::hopEnded(const std::shared_ptr<Load>& load, CURLcode code) {
+  if (load->isHandleUnfit_) return putAgain(load);
   long version = CURL_HTTP_VERSION_NONE;
   curl_easy_getinfo(load->easy(), CURLINFO_HTTP_VERSION, &version);
-  if (version >= CURL_HTTP_VERSION_2_0) origins_[load->origin_].isMultiplexed = true;
+  if (version >= CURL_HTTP_VERSION_2_0) {
+    origins_[load->origin_].isMultiplexed = true;
+    if (load->handle_->multiplexed != load->origin_) load->handle_->multiplexed = load->origin_;
+  }
   auto next = load->redirect();
   auto error = code == CURLE_OK ? nullptr : load->errorFrom(code);
   pause(*load);
@@ -261,7 +294,7 @@ void URLLoader::end(const std::shared_ptr<Load>& load, std::shared_ptr<const Pla
   if (auto origin = origins_.find(load->origin_); origin != origins_.end()) {
     std::erase(origin->second.waiting, load);
   }
-  std::erase(loads_, load);
+  loads_.erase(load->place_);
   load->isEnded_ = true;
   if (load->handle_ && spare_.size() < kSpareHandles) {
     // Cookies are the load's alone; what stays with the handle is its TLS sessions.
@@ -278,7 +311,7 @@ void URLLoader::failTimedOut() {
   auto now = Load::Clock::now();
   if (now < nextDeadline_) return;
   nextDeadline_ = Load::Clock::time_point::max();
-  for (const auto& load : std::vector(loads_)) {
+  for (const auto& load : std::vector(loads_.begin(), loads_.end())) {
     auto deadline = load->deadline();
     if (deadline <= now) {
       end(load, urlError(URLErrorCode::timedOut, load->request_.url->absoluteString()));

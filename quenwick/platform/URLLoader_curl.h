@@ -6,6 +6,7 @@
 #include <chrono>
 #include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -16,6 +17,7 @@
 
 #include "quenwick/platform/EasyHandle_curl.h"
 #include "quenwick/platform/URLSession.h"
+#include "quenwick/platform/WakeUp.h"
 
 namespace quenwick::platform {
 
@@ -23,7 +25,7 @@ class TrustStore;
 
 /// One load from its first request to its end, over all redirects. Lives on the loading thread;
 /// what it tells others it tells through its callbacks, there.
-class Load {
+class Load : public std::enable_shared_from_this<Load> {
  public:
   using Clock = std::chrono::steady_clock;
 
@@ -48,11 +50,14 @@ class Load {
   struct Handle {
     std::shared_ptr<const URLSessionConfiguration> configuration;
     TextList connectTo;
-    HeaderFields fields;
+    HeaderFields requested;  // of the request that the fields were made for
+    bool isBare = false;     // without credentials of the session
+    bool asksCaches = false;
     bool hasBody = false;
     TextList headers;
     EasyHandle easy;
     bool isUsed = false;
+    std::string multiplexed;  // the origin that it last spoke HTTP/2 with
   };
   using Easy = std::unique_ptr<Handle>;
 
@@ -62,6 +67,9 @@ class Load {
   CURL* easy() const { return handle_->easy.get(); }
   void setNext(URLRequest request);
   void setRequest();
+  void prepareHandle();
+  void takeAnotherHandle();
+  bool asksCaches() const;
   void setMethod();
   void setHeaders();
   HeaderFields allFields() const;
@@ -76,6 +84,7 @@ class Load {
 
   static std::size_t onHeader(char* bytes, std::size_t one, std::size_t count, void* load);
   static std::size_t onBody(char* bytes, std::size_t one, std::size_t count, void* load);
+  static curl_socket_t onOpen(void* load, curlsocktype purpose, curl_sockaddr* address);
   static int onSend(void* load, char* address, char* ownAddress, int port, int ownPort);
   static CURLcode onTrust(CURL* easy, void* context, void* load);
 
@@ -87,8 +96,10 @@ class Load {
 
   Easy handle_;
   std::shared_ptr<HTTPURLResponse> response_;
-  bool isAway_ = false;  // a redirect led to another server
-  bool isSet_ = false;   // method and headers are with the handle
+  bool isAway_ = false;          // a redirect led to another server
+  bool isSet_ = false;           // method and headers are with the handle
+  bool isOnlyForHTTP2_ = false;  // the handle as it is, and only on a kept connection
+  bool isHandleUnfit_ = false;   // there was none
   bool isHeadComplete_ = false;
   bool isSent_ = false;
   bool isConnectionLost_ = false;
@@ -96,7 +107,8 @@ class Load {
   bool isBodyTooLong_ = false;
   bool isTimedOut_ = false;
   bool isLoading_ = false;
-  std::string origin_;  // that it loads from, or waits for
+  std::list<std::shared_ptr<Load>>::iterator place_;  // among the loader's
+  std::string origin_;                                // that it loads from, or waits for
   bool isEnded_ = false;
   int redirects_ = 0;
   Clock::time_point started_;
@@ -135,6 +147,7 @@ class URLLoader {
   URLLoader();
   void wake();
   void run();
+  void drive();
   void runCommands();
   void takeEnded();
   void begin(const std::shared_ptr<Load>& load);
@@ -142,6 +155,7 @@ class URLLoader {
   void hopEnded(const std::shared_ptr<Load>& load, CURLcode code);
   void pause(Load& load);
   void put(const std::shared_ptr<Load>& load);
+  void putAgain(const std::shared_ptr<Load>& load);
   void putWaiting(const std::string& origin);
   void abandon(Load& load);
   void end(const std::shared_ptr<Load>& load, std::shared_ptr<const PlatformError> error);
@@ -149,8 +163,11 @@ class URLLoader {
   void stop();
   int pollMilliseconds() const;
 
+  void sleep();
+
+  const WakeUp wakeUp_;
   std::shared_ptr<CURLM> multi_;
-  std::vector<std::shared_ptr<Load>> loads_;
+  std::list<std::shared_ptr<Load>> loads_;
   std::map<std::string, Origin> origins_;  // those with loads
   std::vector<Load::Easy> spare_;
   Load::Clock::time_point nextDeadline_ = Load::Clock::time_point::max();

@@ -1,0 +1,51 @@
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <vector>
+
+#include "quenwick/platform/URLSession.h"
+#include "tests/support/ChangingServer.h"
+
+namespace quenwick::platform {
+namespace {
+
+/// The statuses of that many loads at once; 0 for one that failed.
+std::vector<int> statuses(const std::shared_ptr<URLSession>& session, std::size_t count) {
+  std::vector<int> found(count);
+  std::vector<TaskHandle> loads;
+  auto load = [](std::shared_ptr<URLSession> from, int* status) -> Task<void> {
+    try {
+      auto answer = co_await from->data({.url = URL::parse("https://a.example/")});
+      *status = dynamic_cast<const HTTPURLResponse&>(*answer.response).statusCode;
+    } catch (const PlatformError&) {
+      *status = 0;
+    }
+  };
+  for (auto& status : found) loads.push_back(startTask(load(session, &status)));
+  for (const auto& each : loads) each.wait();
+  return found;
+}
+
+// Some versions of curl would take the first field for more of one that the transfer before had,
+// and that is gone. An address sanitizer tells.
+TEST(Handle, ThatSpokeHTTP2MeetsAConnectionOfHTTP1AsIfItWereNew) {
+  tests::ChangingServer server(4);
+  auto session = URLSession::make(server.configuration());
+  const std::vector<int> one{200};
+  const std::vector<int> two{200, 200};
+  // One connection is known to be of HTTP/2 before others could be opened beside it.
+  EXPECT_EQ(statuses(session, 1), one);
+  EXPECT_EQ(statuses(session, 2), two);
+  EXPECT_EQ(statuses(session, 1), one);
+  EXPECT_EQ(server.connections(), 1);
+
+  EXPECT_EQ(statuses(session, 1), one);
+  EXPECT_EQ(server.connections(), 2);
+  server.setFolded(true);
+  for (int round = 0; round < 3; ++round) statuses(session, 2);
+  server.setFolded(false);
+  EXPECT_EQ(statuses(session, 2), two);
+}
+
+}  // namespace
+}  // namespace quenwick::platform
