@@ -104,8 +104,8 @@ TEST_F(StartTest, TheConfigurationIsTakenBeforeTheFirstUseAlone) {
 TEST_F(StartTest, AHandlersExceptionEndsInOneLineAndTheNextIsCalled) {
   QWClient::start({.deeplinkDomains = {"l.example"},
                    .shouldRegisterForBehaviorEvents = false,
-                   .deeplinkHandler = [isFirst = true](const auto&) mutable {
-                     if (std::exchange(isFirst, false)) throw std::runtime_error("the host's own");
+                   .deeplinkHandler = [calls = std::make_shared<int>()](const auto&) {
+                     if (++*calls == 1) throw std::runtime_error("the host's own");
                      throw 42;
                    }});
   QWClient::handleUniversalLink("https://l.example/p/go/1f");
