@@ -149,7 +149,7 @@ class SayingServer {
     auto* any = reinterpret_cast<sockaddr*>(&address);
     if (bind(listener_, any, size) != 0 || listen(listener_, 8) != 0) return;
     getsockname(listener_, any, &size);
-    url_ = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/";
+    host_ = "://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/";
     thread_ = std::thread([this] { serve(); });
   }
   ~SayingServer() {
@@ -157,7 +157,7 @@ class SayingServer {
     if (thread_.joinable()) thread_.join();
     close(listener_);
   }
-  const std::string& url() const { return url_; }
+  std::string url(const char* scheme) const { return scheme + host_; }
 
  private:
   void serve() const {
@@ -173,18 +173,20 @@ class SayingServer {
   }
 
   std::string answer_;
-  std::string url_;
+  std::string host_;
   int listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   std::thread thread_;
 };
 
-TEST_F(URLSessionTest, AnAnswerThatIsNoHTTPIsTheServersFault) {
+TEST_F(URLSessionTest, AnAnswerThatIsNoHTTPAndNoTLSIsTheServersFault) {
   for (const auto* answer :
        {"SSH-2.0-none of ours\r\n", "HTTP/7.1 200 OK\r\n\r\nbody", "HTTP/1.1 many OK\r\n\r\n"}) {
     SayingServer server(answer);
-    EXPECT_EQ(failure(server.url().c_str()),
-              (Failure{URLErrorCode::cannotParseResponse, server.url()}))
-        << answer;
+    for (auto [url, code] :
+         {std::pair(server.url("http"), URLErrorCode::cannotParseResponse),
+          std::pair(server.url("https"), URLErrorCode::secureConnectionFailed)}) {
+      EXPECT_EQ(failure(url.c_str()), (Failure{code, url})) << answer;
+    }
   }
 }
 
