@@ -42,7 +42,8 @@ demo-ui: bootstrap
 	@cmake --build --preset $(PRESET) --target quenwick-sandbox storefront ui_screenshots
 	@scripts/demo-ui build/$(PRESET)
 
-bench: bootstrap
+bench:
+	@scripts/bootstrap nginx-light
 	@cmake --preset release >/dev/null
 	cmake --build --preset release
 	scripts/bench build/release
@@ -56,6 +57,7 @@ docs: bootstrap
 	@echo build/docs/html/index.html
 
 coverage:
+	@rm -rf build/coverage/profiles
 	@$(MAKE) --no-print-directory test PRESET=coverage
 	@scripts/coverage build/coverage
 

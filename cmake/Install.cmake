@@ -36,11 +36,11 @@ write_basic_package_version_file("${made}/quenwick-config-version.cmake"
   COMPATIBILITY SameMinorVersion)
 install(FILES "${made}/quenwick-config.cmake" "${made}/quenwick-config-version.cmake"
   DESTINATION "${package_directory}" COMPONENT development)
-install(FILES README.md CONTRIBUTING.md
+install(FILES README.md CONTRIBUTING.md CHANGELOG.md LICENSE
   DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libquenwick-dev" COMPONENT development)
 install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libquenwick-dev"
   COMPONENT development FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
-install(DIRECTORY examples/consumer examples/python
+install(DIRECTORY examples/consumer examples/python examples/storefront
   DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libquenwick-dev/examples" COMPONENT development
   PATTERN __pycache__ EXCLUDE)
 

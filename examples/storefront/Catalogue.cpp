@@ -1,4 +1,4 @@
-#include "examples/storefront/Catalogue.h"
+#include "Catalogue.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
-#include "examples/storefront/Pages.h"
+#include "Pages.h"
 
-#include "examples/storefront/Picture.h"
+#include "Picture.h"
 
 namespace storefront {
 namespace {

@@ -3,8 +3,8 @@
 #include <functional>
 #include <string>
 
-#include "examples/storefront/Catalogue.h"
-#include "examples/storefront/Widgets.h"
+#include "Catalogue.h"
+#include "Widgets.h"
 
 namespace storefront {
 

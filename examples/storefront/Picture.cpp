@@ -1,4 +1,4 @@
-#include "examples/storefront/Picture.h"
+#include "Picture.h"
 
 #include <algorithm>
 #include <numbers>

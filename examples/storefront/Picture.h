@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "examples/storefront/Catalogue.h"
+#include "Catalogue.h"
 
 namespace storefront {
 

@@ -1,4 +1,4 @@
-#include "examples/storefront/Storefront.h"
+#include "Storefront.h"
 
 #include <cstdio>
 #include <utility>

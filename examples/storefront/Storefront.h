@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "examples/storefront/Catalogue.h"
-#include "examples/storefront/Pages.h"
+#include "Catalogue.h"
+#include "Pages.h"
 
 namespace storefront {
 

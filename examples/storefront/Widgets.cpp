@@ -1,10 +1,6 @@
-#include "examples/storefront/Widgets.h"
+#include "Widgets.h"
 
-#include <string_view>
-
-namespace quenwick::resources {
-extern const std::string_view kStorefrontStyle;
-}  // namespace quenwick::resources
+#include "Style.h"
 
 namespace storefront {
 namespace {
@@ -58,8 +54,7 @@ GtkWidget* makeButton(const std::string& text, const char* style, Action action)
 
 void useStyle(GdkDisplay* display) {
   auto* provider = gtk_css_provider_new();
-  auto style = quenwick::resources::kStorefrontStyle;
-  gtk_css_provider_load_from_data(provider, style.data(), static_cast<gssize>(style.size()));
+  gtk_css_provider_load_from_data(provider, kStyle.data(), static_cast<gssize>(kStyle.size()));
   gtk_style_context_add_provider_for_display(display, GTK_STYLE_PROVIDER(provider),
                                              GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
   g_object_unref(provider);

@@ -1,16 +1,19 @@
 // A small shop with a window that takes part: it opens with links, reports what its customers do,
 // and shows the service's messages over itself. Key and domains stand in Info.plist.
 
+#include <glib-unix.h>
 #include <gtk/gtk.h>
 
 #include <chrono>
+#include <csignal>
 #include <memory>
 #include <string>
 #include <string_view>
 
 #include <quenwick/quenwick.h>
 #include <quenwick/ui_gtk/quenwick-ui.h>
-#include "examples/storefront/Storefront.h"
+
+#include "Storefront.h"
 
 namespace storefront {
 namespace {
@@ -96,6 +99,12 @@ void shutDown(GApplication*, gpointer) {
   shop.reset();
 }
 
+/// The session's end is an end in order too.
+gboolean quit(gpointer application) {
+  g_application_quit(G_APPLICATION(application));
+  return G_SOURCE_CONTINUE;
+}
+
 void addOptions(GApplication* application) {
   const GOptionEntry entries[] = {
       {"service", 0, 0, G_OPTION_ARG_STRING, &options.service, "The service's base URL", "URL"},
@@ -124,6 +133,7 @@ int main(int count, char** words) {
   storefront::connect(application, "activate", storefront::activate);
   storefront::connect(application, "open", storefront::open);
   storefront::connect(application, "shutdown", storefront::shutDown);
+  g_unix_signal_add(SIGTERM, storefront::quit, application);
   int status = g_application_run(application, count, words);
   g_object_unref(application);
   return status;

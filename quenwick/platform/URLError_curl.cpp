@@ -62,8 +62,6 @@ int urlErrorCode(CURLcode code, long verification) {
   switch (code) {
     case CURLE_URL_MALFORMAT:
       return URLErrorCode::badURL;
-    case CURLE_UNSUPPORTED_PROTOCOL:
-      return URLErrorCode::unsupportedURL;
     case CURLE_OPERATION_TIMEDOUT:
       return URLErrorCode::timedOut;
     case CURLE_COULDNT_RESOLVE_HOST:
@@ -78,6 +76,7 @@ int urlErrorCode(CURLcode code, long verification) {
     case CURLE_HTTP2:
     case CURLE_HTTP2_STREAM:
       return URLErrorCode::networkConnectionLost;
+    case CURLE_UNSUPPORTED_PROTOCOL:  // the answer's, if any: only http and https come this far
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_WRITE_ERROR:
       return URLErrorCode::cannotParseResponse;

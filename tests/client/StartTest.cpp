@@ -102,20 +102,26 @@ TEST_F(StartTest, TheConfigurationIsTakenBeforeTheFirstUseAlone) {
 }
 
 TEST_F(StartTest, AHandlersExceptionEndsInOneLineAndTheNextIsCalled) {
-  QWClient::start(
-      {.deeplinkDomains = {"l.example"},
-       .shouldRegisterForBehaviorEvents = false,
-       .deeplinkHandler = [](const auto&) { throw std::runtime_error("the host's own"); }});
+  QWClient::start({.deeplinkDomains = {"l.example"},
+                   .shouldRegisterForBehaviorEvents = false,
+                   .deeplinkHandler = [calls = std::make_shared<int>()](const auto&) {
+                     if (++*calls == 1) throw std::runtime_error("the host's own");
+                     throw 42;
+                   }});
   QWClient::handleUniversalLink("https://l.example/p/go/1f");
   Collected<std::string> second;
   auto subscription = QWClient::storedDeeplinkPublisher().subscribe(
       [&](const auto& link) { second.add(link.value_or("")); });
   second.wait(2);
   settle();  // the handler's turn comes right after the publisher's
+  QWClient::handleUniversalLink("https://l.example/p/go/1f");
+  second.wait(3);
+  settle();
   QWClient::start({.shouldRegisterForBehaviorEvents = false, .deeplinkHandler = collect()});
   QWClient::handleUniversalLink("https://l.example/p/go/1f");
   EXPECT_EQ(results_.wait(1).size(), 1U);
   EXPECT_EQ(logged("the host's own"), 1);
+  EXPECT_EQ(logged("an exception of an unknown type"), 1);
 }
 
 TEST_F(StartTest, WhatALogHookThrowsIsOneLineOnStandardError) {

@@ -3,7 +3,9 @@
 README names every operation of the facade.
 
 usage: check_documents.py links | facade | python | COMPILER
+       check_documents.py links FOLDER
 
+With a folder it is the documents installed there that are looked at.
 Blocks fenced as `cpp` (for a C++ compiler) and `c` are compiled with a host's warnings as errors;
 further words of the fence are pkg-config modules that the block needs. A block without an include of
 its own is the body of a function of a host. Those fenced as `cpp-qt` are not compiled: the library
@@ -22,7 +24,6 @@ BODY = '#include <quenwick/quenwick.h>\nusing namespace quenwick;\nvoid host();\
        'void host() {\n#line %d "%s"\n%s}\n'
 WHOLE = '#line %d "%s"\n%s'
 LANGUAGES = {"cpp": ["-x", "c++", "-std=c++20"], "c": ["-x", "c", "-std=c11"]}
-
 
 DOCUMENTS = sorted([*ROOT.glob("*.md"), *ROOT.glob("docs/*.md")])
 
@@ -88,10 +89,10 @@ def is_dead(document, target):
     return not file.exists() or bool(anchor) and anchor not in anchors(file)
 
 
-def check_links():
-    links = [(document, target) for document in DOCUMENTS
+def check_links(documents):
+    links = [(document, target) for document in documents
              for target in re.findall(r"\]\(([^)\s]+)\)", FENCE.sub("", document.read_text()))]
-    dead = [f"{document.relative_to(ROOT)}: {target} leads nowhere"
+    dead = [f"{document}: {target} leads nowhere"
             for document, target in links if is_dead(document, target)]
     print("\n".join(dead) or f"{len(links)} links lead somewhere")
     return bool(links) and not dead
@@ -108,5 +109,6 @@ def check_facade():
 
 
 what = sys.argv[1]
-checks = {"links": check_links, "facade": check_facade}
+documents = sorted(pathlib.Path(sys.argv[2]).rglob("*.md")) if len(sys.argv) > 2 else DOCUMENTS
+checks = {"links": lambda: check_links(documents), "facade": check_facade}
 sys.exit(0 if checks.get(what, lambda: check_blocks(what))() else 1)

@@ -25,6 +25,9 @@ TEST(Demo, AllThatTheShopDoesArrives) {
   EXPECT_EQ(count(finished.output, " ✓\n"), 10U) << finished.output;
   EXPECT_NE(finished.output.find("typed l, la, lac, lace, laces         product_searched  laces"),
             std::string::npos);
+  // Also into a file: the program's own lines stand between the script's.
+  EXPECT_LT(finished.output.find("A shop, just installed"), finished.output.find("  closes "));
+  EXPECT_LT(finished.output.find("  closes "), finished.output.find("What arrived"));
 }
 
 TEST(Demo, FailsWhereSomethingDidNotArriveOrWasRefused) {

@@ -18,25 +18,39 @@ set(parts "library development")
 if(QUENWICK_UI)
   string(APPEND parts " ui-library ui-development")
 endif()
+if(TARGET quenwick-cli)
+  string(APPEND parts " tools")
+endif()
 add_test(NAME TheLibraryIsInstalled
   COMMAND sh -c "rm -rf '${prefix}' && for part in ${parts}; do \
     '${CMAKE_COMMAND}' --install '${PROJECT_BINARY_DIR}' --prefix '${prefix}' --component $part || exit 1; done")
 set_tests_properties(TheLibraryIsInstalled PROPERTIES FIXTURES_SETUP installed)
 
-# host_by_cmake(<name> <timeout> <compiler> OPTION...): the example as a project of its own.
-function(host_by_cmake name timeout compiler)
+set(documents "${prefix}/${CMAKE_INSTALL_DATADIR}/doc")
+host_test(TheLinksOfInstalledDocumentsLeadSomewhere 60
+  python3 "${PROJECT_SOURCE_DIR}/tests/docs/check_documents.py" links "${documents}")
+
+# host_by_cmake(<name> <timeout> <example> <compiler> OPTION... RUN COMMAND...): an example as a
+# project of its own.
+function(host_by_cmake name timeout example compiler)
+  cmake_parse_arguments(PARSE_ARGV 4 arg "" "" "RUN")
   list(JOIN warnings " " flags)
   host_test(${name} ${timeout} ${CMAKE_CTEST_COMMAND}
-    --build-and-test "${consumer}" "${hosts}/${name}" --build-generator Ninja --build-noclean --build-target consumer
-    --build-options -DCMAKE_CXX_COMPILER=${compiler} "-DCMAKE_CXX_FLAGS=${flags}" ${ARGN}
-    --test-command $<TARGET_FILE:beside_sandbox> "${hosts}/${name}/consumer" @options)
+    --build-and-test "${example}" "${hosts}/${name}" --build-generator Ninja --build-noclean
+    --build-options -DCMAKE_CXX_COMPILER=${compiler} "-DCMAKE_CXX_FLAGS=${flags}"
+    ${arg_UNPARSED_ARGUMENTS}
+    --test-command ${arg_RUN})
 endfunction()
 
 foreach(compiler g++ clang++-19)
-  host_by_cmake(AHostFindsTheInstalledLibrary.${compiler} 300 ${compiler}
-    "-DCMAKE_PREFIX_PATH=${prefix}")
+  set(name AHostFindsTheInstalledLibrary.${compiler})
+  host_by_cmake(${name} 300 "${documents}/libquenwick-dev/examples/consumer" ${compiler}
+    "-DCMAKE_PREFIX_PATH=${prefix}"
+    RUN $<TARGET_FILE:beside_sandbox> "${hosts}/${name}/consumer" @options)
 endforeach()
-host_by_cmake(AHostBuildsTheLibraryAlong 1200 clang++-19 "-DQUENWICK_SOURCES=${PROJECT_SOURCE_DIR}")
+set(name AHostBuildsTheLibraryAlong)
+host_by_cmake(${name} 1200 "${consumer}" clang++-19 "-DQUENWICK_SOURCES=${PROJECT_SOURCE_DIR}"
+  RUN $<TARGET_FILE:beside_sandbox> "${hosts}/${name}/consumer" @options)
 
 add_test(NAME ACompilerThatCannotBuildTheLibraryIsToldWhatToDo
   COMMAND ${CMAKE_COMMAND} -S "${consumer}" -B "${hosts}/refused" -G Ninja
@@ -59,4 +73,7 @@ if(QUENWICK_UI)
   host_test(AHostWithWindowsIsBuiltByPkgConfig 300 sh -c "${line} \
     '${CMAKE_CURRENT_SOURCE_DIR}/library/windowHost.cpp' $(pkg-config --cflags --libs quenwick-ui) \
     -o '${hosts}/windows' && '${hosts}/windows'")
+  set(name AHostWithWindowsFindsTheInstalledLibrary)
+  host_by_cmake(${name} 300 "${documents}/libquenwick-dev/examples/storefront" g++
+    "-DCMAKE_PREFIX_PATH=${prefix}" RUN sh -c "'${hosts}/${name}/storefront' --help")  # not ctest's
 endif()

@@ -1,12 +1,17 @@
 // The sealed file: who can read it, what can be done to it from outside, and how it is begun anew.
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <csignal>
 #include <fstream>
 #include <functional>
 #include <set>
 
+#include "quenwick/platform/Error.h"
+#include "quenwick/platform/PrivateFile.h"
 #include "tests/support/FileContents.h"
 #include "tests/support/Program.h"
 #include "tests/support/RecordingLog.h"
@@ -66,6 +71,27 @@ TEST_F(SealedFileTest, FilesAreTheUsersAloneAndHoldNoSecretInClear) {
     ++files;
   }
   EXPECT_GE(files, 4);  // the file, its log, its key, its counter
+}
+
+TEST_F(SealedFileTest, AKeyThatCannotBeWrittenWholeLeavesNothingBehind) {
+  auto key = place_.folder() / "new" / "key";
+  auto before = ::signal(SIGXFSZ, SIG_IGN);
+  rlimit limit{};
+  ::getrlimit(RLIMIT_FSIZE, &limit);
+  rlimit small{.rlim_cur = 10, .rlim_max = limit.rlim_max};
+  ::setrlimit(RLIMIT_FSIZE, &small);
+  int code = 0;
+  try {
+    makePrivateFileOnce(key, "as long as a key is");
+  } catch (const PlatformError& error) {
+    code = error.code();
+  }
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+  ::signal(SIGXFSZ, before);
+  EXPECT_EQ(code, EFBIG);
+  EXPECT_TRUE(std::filesystem::is_empty(key.parent_path()));
+  makePrivateFileOnce(key, "as long as a key is");
+  EXPECT_EQ(contents(key), "as long as a key is");
 }
 
 TEST_F(SealedFileTest, AKeyThatOthersCouldReadIsMadeTheUsersAlone) {

@@ -1,9 +1,13 @@
 #include "quenwick/platform/URLSession.h"
 
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <future>
+#include <thread>
 
 #include "quenwick/platform/JSONSerialization.h"
 #include "tests/support/SandboxService.h"
@@ -103,6 +107,10 @@ TEST_F(URLSessionTest, SendsMethodHeadersAndBodyAsGiven) {
   EXPECT_EQ(got.find("\"Expect\""), got.npos);
 }
 
+/// A name with a longer label than there are, which nobody asks the network for.
+constexpr auto kNoHost =
+    "https://a-label-of-a-name-has-sixty-three-letters-at-most-and-this-one-more.example/";
+
 TEST_F(URLSessionTest, FailuresHaveTheirCodeAndTheURLThatFailed) {
   const std::pair<const char*, Failure> table[] = {
       {"https://a.example/app", {URLErrorCode::unsupportedURL, "shopapp://product/42"}},
@@ -123,10 +131,63 @@ TEST_F(URLSessionTest, FailuresHaveTheirCodeAndTheURLThatFailed) {
       {"https://a.example/endless",
        {URLErrorCode::dataLengthExceedsMaximum, "https://a.example/endless"}},
       {"https://127.0.0.1:1/", {URLErrorCode::cannotConnectToHost, "https://127.0.0.1:1/"}},
+      {kNoHost, {URLErrorCode::cannotFindHost, kNoHost}},
   };
   for (const auto& [url, expected] : table) EXPECT_EQ(failure(url), expected) << url;
   for (const auto& line : service_.received()) {
     EXPECT_TRUE(line.starts_with("GET a.example/")) << "sent to an unverified server: " << line;
+  }
+}
+
+/// A server that answers each connection with the same bytes, whatever it is asked.
+class SayingServer {
+ public:
+  explicit SayingServer(std::string answer) : answer_(std::move(answer)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    auto* any = reinterpret_cast<sockaddr*>(&address);
+    if (bind(listener_, any, size) != 0 || listen(listener_, 8) != 0) return;
+    getsockname(listener_, any, &size);
+    host_ = "://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/";
+    thread_ = std::thread([this] { serve(); });
+  }
+  ~SayingServer() {
+    shutdown(listener_, SHUT_RDWR);
+    if (thread_.joinable()) thread_.join();
+    close(listener_);
+  }
+  std::string url(const char* scheme) const { return scheme + host_; }
+
+ private:
+  void serve() const {
+    for (;;) {
+      int connection = accept(listener_, nullptr, nullptr);
+      if (connection < 0) return;
+      char asked[4096];
+      if (read(connection, asked, sizeof asked) > 0) {
+        send(connection, answer_.data(), answer_.size(), MSG_NOSIGNAL);
+      }
+      close(connection);
+    }
+  }
+
+  std::string answer_;
+  std::string host_;
+  int listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  std::thread thread_;
+};
+
+TEST_F(URLSessionTest, AnAnswerThatIsNoHTTPAndNoTLSIsTheServersFault) {
+  for (const auto* answer :
+       {"SSH-2.0-none of ours\r\n", "HTTP/7.1 200 OK\r\n\r\nbody", "HTTP/1.1 many OK\r\n\r\n"}) {
+    SayingServer server(answer);
+    for (auto [url, code] :
+         {std::pair(server.url("http"), URLErrorCode::cannotParseResponse),
+          std::pair(server.url("https"), URLErrorCode::secureConnectionFailed)}) {
+      EXPECT_EQ(failure(url.c_str()), (Failure{code, url})) << answer;
+    }
   }
 }
 

@@ -375,6 +375,28 @@ TEST_F(WebViewTest, APageIsForgottenIsVerifiedAndCannotBeInspected) {
   close();
 }
 
+TEST_F(WebViewTest, APageThatAsksForAPasswordIsShownWithoutOne) {
+  serve({{"/secret",
+          {{"status", 401},
+           {"headers", Dictionary{{"WWW-Authenticate", "Basic realm=\"anybody\""}}},
+           {"body", page("")}}}});
+  show("message", "/secret");
+  close();
+}
+
+TEST_F(WebViewTest, ALinkThatNoProgramOpensLeavesALine) {
+  serve("/m", linkTo("href='unknown-to-all:x'"));
+  show("message", "/m");
+  host_->said("error");
+  tap();
+  EXPECT_TRUE(isClosed());
+  auto said = host_->said("error");
+  auto error = said.empty() ? host_->next("error") : said.front();
+  EXPECT_TRUE(error.as<std::string>() &&
+              error.as<std::string>()->starts_with(
+                  "Could not open a URL of the scheme \"unknown-to-all\": "));
+}
+
 TEST_F(WebViewTest, ADownloadIsRefusedWithALine) {
   serve({{"/m", {{"body", linkTo("download href='/file?inFrame'")}}},
          {"/file", {{"type", "application/octet-stream"}, {"body", "bytes"}}}});

@@ -1,11 +1,13 @@
 // An application with one window, of GTK's or of libadwaita's kind, that shows in-app views. It
 // takes one command per line of standard input and writes what it notices to standard output, one
-// JSON object per line. It ends with its input.
+// JSON object per line. It ends in order, with its input or where it is told to.
 
 #include <adwaita.h>
+#include <glib-unix.h>
 #include <gtk/gtk.h>
 #include <webkit/webkit.h>
 
+#include <csignal>
 #include <cstdio>
 #include <iostream>
 #include <sstream>
@@ -211,11 +213,17 @@ void activate(GtkApplication* application, gpointer kind) {
   }).detach();
 }
 
+gboolean quit(gpointer application) {
+  g_application_quit(G_APPLICATION(application));
+  return G_SOURCE_CONTINUE;
+}
+
 int run(const char* home, std::string kind) {
   platform::configureHost({.bundleIdentifier = "com.example.host", .home = home});
   platform::setLogSink(std::make_shared<SayingLog>());
   auto* application = gtk_application_new("com.example.host", G_APPLICATION_NON_UNIQUE);
   g_signal_connect(application, "activate", reinterpret_cast<GCallback>(activate), &kind);
+  g_unix_signal_add(SIGTERM, quit, application);
   return g_application_run(G_APPLICATION(application), 0, nullptr);
 }
 

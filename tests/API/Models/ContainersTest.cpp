@@ -110,6 +110,23 @@ TEST_F(ContainersTest, EveryKindHasItsWholeJSON) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
+/// The dictionary of a container that is asked for it and kept, then moved from.
+template <class Container>
+void expectKept(Container container) {
+  const auto& kept = container;
+  auto first = kept.asDictionary();
+  EXPECT_TRUE(first);
+  EXPECT_EQ(kept.asDictionary(), first);
+  EXPECT_EQ(std::move(container).asDictionary(), first);
+}
+
+TEST_F(ContainersTest, AContainerThatIsKeptCanBeAskedAgain) {
+  expectKept(ProductAddedContainer{kProduct});
+  expectKept(OrderCompletedContainer({.products = {{.id = "42"}}}, analytics_));
+  expectKept(CustomEventContainer{"wished", {{"tags", List{"a", "b"}}}});
+  expectKept(IdentifyUserContainer("user-7", analytics_));
+}
+
 TEST_F(ContainersTest, AnOrderHasTheRulesKeyOfWhenItWasMade) {
   const OrderCompletedProperties order{.products = {{.id = "42"}}};
   auto context = [](const OrderCompletedContainer& container) {

@@ -119,7 +119,9 @@ TEST(HTTPMethodTest, IsAnyTextAndTellsCaseApart) {
 TEST(URLConvertibleTest, YieldsAURLOrNamesWhatGaveNone) {
   const auto url = URLConvertible("https://shop.example/a?b=%2f").asURL();
   platform::URLComponents parts(url);
-  for (const URLConvertible& good : {URLConvertible(url), URLConvertible(parts)}) {
+  const std::string_view longer("https://shop.example/a?b=%2f and more");
+  for (const URLConvertible& good :
+       {URLConvertible(url), URLConvertible(parts), URLConvertible(longer.substr(0, 28))}) {
     EXPECT_EQ(good.asURL(), url);
     EXPECT_EQ(good.description(), "https://shop.example/a?b=%2f");
   }

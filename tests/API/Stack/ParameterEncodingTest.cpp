@@ -267,6 +267,8 @@ TEST(JSONEncodingTest, RefusesWhatJSONCannotHold) {
   }
   EXPECT_NO_THROW(json.encodeWithArray(bare, List{nested(511)}));
   EXPECT_THROW(json.encode(Unbuildable(), std::nullopt), APIError);
+  EXPECT_THROW(json.encodeWithArray(Unbuildable(), std::nullopt), APIError);
+  EXPECT_THROW(json.encodeWithJSONObject(Unbuildable(), std::nullopt), APIError);
 }
 
 }  // namespace

@@ -1,3 +1,11 @@
+#pragma once
+
+#include <string_view>
+
+namespace storefront {
+
+/// How the shop looks, for GTK.
+inline constexpr std::string_view kStyle = R"css(
 /* Ink, soft ink, leaf and paper: the colours of the shop's pages too. */
 window.storefront { background: #fbfaf6; color: #1d2a24; }
 window.storefront.solid-csd { padding: 0; margin: 0; border: none; box-shadow: none; }
@@ -72,3 +80,6 @@ window.storefront.solid-csd { padding: 0; margin: 0; border: none; box-shadow: n
 .note { background: #24342c; border-radius: 999px; padding: 11px 22px; margin-bottom: 62px;
         box-shadow: 0 8px 24px rgba(29, 42, 36, 0.22); }
 .note label { color: #ffffff; font-size: 14px; font-weight: 600; }
+)css";
+
+}  // namespace storefront
