@@ -131,8 +131,7 @@ void UserDefaults::apply(const Write& write, Values& values) {
 
 bool UserDefaults::enqueue(Write write) {
   if (!isUTF8(write.key) || (write.value && !isAcceptable(*write.value))) {
-    logPlatformError("A value that cannot be kept was refused for the setting " +
-                     shown(write.key));
+    logPlatformError("A value that cannot be kept was refused for the setting " + shown(write.key));
     return false;
   }
   {
