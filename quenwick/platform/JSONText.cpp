@@ -112,6 +112,7 @@ class Writer {
 
   void write(double number) {
     if (!std::isfinite(number)) throw JSONError("a number is not finite");
+    if (writeHundredths(number)) return;
     // Most numbers are short; the longest has more than 300 digits.
     std::array<char, 32> digits;
     auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), number,
@@ -120,6 +121,22 @@ class Writer {
     std::string_view text(digits.data(), static_cast<std::size_t>(end - digits.data()));
     out_.add(text);
     if (text.find('.') == text.npos) out_.add(".0");
+  }
+
+  /// Writes whole hundredths, as amounts of money are; whether the number is that. Below fifteen
+  /// digits no other text reads back as the same number and is shorter.
+  bool writeHundredths(double number) {
+    auto scaled = number * 100;
+    if (!(std::abs(scaled) < 1e15) || number == 0) return false;
+    auto hundredths = static_cast<std::int64_t>(scaled + std::copysign(0.5, scaled));
+    if (static_cast<double>(hundredths) / 100 != number) return false;
+    if (hundredths < 0) out_.add('-');
+    auto amount = static_cast<std::uint64_t>(std::abs(hundredths));
+    writeInteger(amount / 100);
+    out_.add('.');
+    out_.add(static_cast<char>('0' + amount / 10 % 10));
+    if (amount % 10 != 0) out_.add(static_cast<char>('0' + amount % 10));
+    return true;
   }
 
   void write(const std::string& text) {

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <limits>
 
+#include "quenwick/platform/Text.h"
+
 namespace quenwick::platform {
 namespace {
 
@@ -23,6 +25,22 @@ TEST(JSONSerialization, DoublesReadBackAsTheSameDoubles) {
     auto text = JSONSerialization::text(Value(number));
     EXPECT_NE(text.find('.'), text.npos) << text;
     EXPECT_EQ(JSONSerialization::parse(text), Value(number)) << text;
+  }
+}
+
+TEST(JSONSerialization, AmountsAreWrittenInTheirShortestForm) {
+  auto expect = [](double number) {
+    auto text = JSONSerialization::text(Value(number));
+    EXPECT_EQ(text, shortestDecimal(number)) << number;
+  };
+  for (std::int64_t hundredths = -100'000; hundredths <= 100'000; ++hundredths) {
+    expect(static_cast<double>(hundredths) / 100);
+  }
+  for (double number :
+       {0.005, 1.005, 1.115, 89.899999999999991, 9999999999999.99, -9999999999999.98,
+        12345678901234.56, 1e13, 0.1 + 0.2, -0.0, 4503599627370496.5}) {
+    expect(number);
+    expect(-number);
   }
 }
 
