@@ -129,8 +129,8 @@ void URLLoader::letGo() {
 void URLLoader::post(Command command) {
   {
     std::lock_guard lock(mutex_);
-    if (isStopped_) return;
     commands_.push_back(std::move(command));
+    if (isStopped_) return;  // kept for good, as the task is that waits for it
     if (commands_.size() > 1 && !holding.isWakeDue) return;  // whoever came first wakes it
     if (holding.depth > 0) {
       holding.isWakeDue = true;
