@@ -3,7 +3,7 @@
 set(prefix "${CMAKE_CURRENT_BINARY_DIR}/installed")
 set(library "${prefix}/${CMAKE_INSTALL_LIBDIR}")
 set(consumer "${PROJECT_SOURCE_DIR}/examples/consumer")
-set(hosts "${CMAKE_CURRENT_BINARY_DIR}/hosts")
+set(hosts "${CMAKE_CURRENT_BINARY_DIR}/hostPrograms")
 set(warnings -Wall -Wextra -Werror)
 file(MAKE_DIRECTORY "${hosts}")
 
