@@ -24,7 +24,8 @@ std::string_view trimmed(std::string_view text) {
 
 }  // namespace
 
-Load::Load(URLRequest request, std::shared_ptr<const URLSessionConfiguration> configuration,
+Load::Load(std::shared_ptr<const URLRequest> request,
+           std::shared_ptr<const URLSessionConfiguration> configuration,
            std::shared_ptr<TrustStore> trust, AskRedirect askRedirect)
     : request_(std::move(request)),
       configuration_(std::move(configuration)),
@@ -90,14 +91,15 @@ Load::Easy Load::takeDown() {
 
 /// Takes the hop that comes next.
 void Load::setNext(URLRequest request) {
+  const auto& last = *request_;
   bool wasAway = isAway_;
-  bool isOther = !configuration_->additionalHeaders.empty() && request.url && request_.url &&
-                 request.url->origin() != request_.url->origin();
+  bool isOther = !configuration_->additionalHeaders.empty() && request.url && last.url &&
+                 request.url->origin() != last.url->origin();
   isAway_ = wasAway || isOther;
-  isSet_ = isSet_ && isAway_ == wasAway && request.httpMethod == request_.httpMethod &&
-           request.headerFields == request_.headerFields && !request.httpBody &&
-           !request_.httpBody && request.cachePolicy == request_.cachePolicy;
-  request_ = std::move(request);
+  isSet_ = isSet_ && isAway_ == wasAway && request.httpMethod == last.httpMethod &&
+           request.headerFields == last.headerFields && !request.httpBody && !last.httpBody &&
+           request.cachePolicy == last.cachePolicy;
+  request_ = std::make_shared<const URLRequest>(std::move(request));
 }
 
 /// Tells curl what to load. What a redirect leaves as it was is not told again.
@@ -107,10 +109,10 @@ void Load::setRequest() {
   isHeadComplete_ = false;
   isSent_ = false;
   response_ = std::make_shared<HTTPURLResponse>();
-  response_->url = request_.url;
+  response_->url = request_->url;
   response_->headerFields.reserve(8);
   lastProgress_ = Clock::now();
-  curl_easy_setopt(this->easy(), CURLOPT_URL, request_.url->absoluteString().c_str());
+  curl_easy_setopt(this->easy(), CURLOPT_URL, request_->url->absoluteString().c_str());
   if (std::exchange(isSet_, true)) return;
   setMethod();
   setHeaders();
@@ -135,27 +137,27 @@ void Load::takeAnotherHandle() {
 
 void Load::setMethod() {
   auto* easy = this->easy();
-  const auto method = request_.httpMethod.value_or("GET");
+  const auto method = request_->httpMethod.value_or("GET");
   curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
   curl_easy_setopt(easy, CURLOPT_NOBODY, method == "HEAD" ? 1L : 0L);
-  if (request_.httpBody) {
+  if (request_->httpBody) {
     curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE,
-                     static_cast<curl_off_t>(request_.httpBody->size()));
-    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request_.httpBody->data());
+                     static_cast<curl_off_t>(request_->httpBody->size()));
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request_->httpBody->data());
   }
-  bool isPlain = method == "HEAD" || method == (request_.httpBody ? "POST" : "GET");
+  bool isPlain = method == "HEAD" || method == (request_->httpBody ? "POST" : "GET");
   curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, isPlain ? nullptr : method.c_str());
 }
 
 bool Load::asksCaches() const {
-  return request_.cachePolicy != CachePolicy::useProtocolCachePolicy ||
+  return request_->cachePolicy != CachePolicy::useProtocolCachePolicy ||
          configuration_->cachePolicy != CachePolicy::useProtocolCachePolicy;
 }
 
 /// The fields of the request, of its session, and of what they ask of caches. The session's
 /// credentials are for the server that was asked first.
 HeaderFields Load::allFields() const {
-  auto fields = request_.headerFields;
+  auto fields = request_->headerFields;
   for (const auto& field : configuration_->additionalHeaders) {
     bool isForOther = isAway_ && isCredentialField(field.first);
     if (!isForOther && !headerField(fields, field.first)) fields.push_back(field);
@@ -167,9 +169,9 @@ HeaderFields Load::allFields() const {
 }
 
 void Load::setHeaders() {
-  bool hasBody = request_.httpBody.has_value();
+  bool hasBody = request_->httpBody.has_value();
   if (handle_->headers && handle_->hasBody == hasBody && handle_->isBare == isAway_ &&
-      handle_->asksCaches == asksCaches() && handle_->requested == request_.headerFields) {
+      handle_->asksCaches == asksCaches() && handle_->requested == request_->headerFields) {
     return;
   }
   auto fields = allFields();
@@ -194,7 +196,7 @@ void Load::setHeaders() {
   curl_easy_setopt(easy(), CURLOPT_ACCEPT_ENCODING, encodings.c_str());
   curl_easy_setopt(easy(), CURLOPT_HTTPHEADER, headers.get());
   handle_->headers = std::move(headers);
-  handle_->requested = request_.headerFields;
+  handle_->requested = request_->headerFields;
   handle_->isBare = isAway_;
   handle_->asksCaches = asksCaches();
   handle_->hasBody = hasBody;
@@ -225,7 +227,7 @@ bool Load::receiveBody(std::string_view bytes) {
 /// Whether the request may be sent now. Curl sends it again where a kept connection ends without an
 /// answer, though the service may have taken it: one that does something is sent once.
 bool Load::isToBeSent() {
-  const auto method = request_.httpMethod.value_or("GET");
+  const auto method = request_->httpMethod.value_or("GET");
   bool doesSomething = method == "POST" || method == "PATCH";
   isConnectionLost_ = std::exchange(isSent_, true) && doesSomething;
   return !isConnectionLost_;
@@ -237,13 +239,12 @@ std::optional<URLRequest> Load::redirect() {
   long status = 0;
   curl_easy_getinfo(this->easy(), CURLINFO_RESPONSE_CODE, &status);
   response_->statusCode = static_cast<int>(status);
-  return redirectedRequest(request_, *response_);
+  return redirectedRequest(*request_, *response_);
 }
 
 std::shared_ptr<const PlatformError> Load::errorFrom(CURLcode code) const {
-  const auto& url = request_.url->absoluteString();
+  const auto& url = request_->url->absoluteString();
   if (isCancelled_) return urlError(URLErrorCode::cancelled, "");
-  if (isTimedOut_) return urlError(URLErrorCode::timedOut, url);
   if (isConnectionLost_) return urlError(URLErrorCode::networkConnectionLost, url);
   if (isBodyTooLong_) return urlError(URLErrorCode::dataLengthExceedsMaximum, url);
   long verification = 0;
@@ -257,7 +258,7 @@ Load::Clock::time_point Load::deadline() const {
     return from + std::chrono::duration_cast<Clock::duration>(
                       std::chrono::duration<double>(std::min(seconds, kLongest)));
   };
-  auto idle = request_.timeoutInterval.value_or(configuration_->requestTimeout);
+  auto idle = request_->timeoutInterval.value_or(configuration_->requestTimeout);
   return std::min(after(lastProgress_, idle), after(started_, configuration_->resourceTimeout));
 }
 

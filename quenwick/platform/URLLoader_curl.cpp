@@ -209,8 +209,8 @@ void URLLoader::takeEnded() {
 
 /// Loads the request that the load now has.
 void URLLoader::begin(const std::shared_ptr<Load>& load) {
-  const auto& url = load->request_.url;
-  if (int code = load->isCancelled_ ? URLErrorCode::cancelled : refusal(load->request_)) {
+  const auto& url = load->request_->url;
+  if (int code = load->isCancelled_ ? URLErrorCode::cancelled : refusal(*load->request_)) {
     bool isNamed = url && code != URLErrorCode::cancelled;
     return end(load, urlError(code, isNamed ? url->absoluteString() : ""));
   }
@@ -314,7 +314,7 @@ void URLLoader::failTimedOut() {
   for (const auto& load : std::vector(loads_.begin(), loads_.end())) {
     auto deadline = load->deadline();
     if (deadline <= now) {
-      end(load, urlError(URLErrorCode::timedOut, load->request_.url->absoluteString()));
+      end(load, urlError(URLErrorCode::timedOut, load->request_->url->absoluteString()));
     } else {
       nextDeadline_ = std::min(nextDeadline_, deadline);
     }

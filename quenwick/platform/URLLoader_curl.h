@@ -35,7 +35,8 @@ class Load : public std::enable_shared_from_this<Load> {
   /// Called once, at the end: with the outcome, or with the error in its place.
   using End = std::function<void(DataResponse, std::shared_ptr<const PlatformError>)>;
 
-  Load(URLRequest request, std::shared_ptr<const URLSessionConfiguration> configuration,
+  Load(std::shared_ptr<const URLRequest> request,
+       std::shared_ptr<const URLSessionConfiguration> configuration,
        std::shared_ptr<TrustStore> trust, AskRedirect askRedirect);
 
  private:
@@ -88,7 +89,7 @@ class Load : public std::enable_shared_from_this<Load> {
   static int onSend(void* load, char* address, char* ownAddress, int port, int ownPort);
   static CURLcode onTrust(CURL* easy, void* context, void* load);
 
-  URLRequest request_;
+  std::shared_ptr<const URLRequest> request_;  // of the hop that loads
   const std::shared_ptr<const URLSessionConfiguration> configuration_;
   const std::shared_ptr<TrustStore> trust_;
   const AskRedirect askRedirect_;
@@ -105,7 +106,6 @@ class Load : public std::enable_shared_from_this<Load> {
   bool isConnectionLost_ = false;
   Bytes body_;
   bool isBodyTooLong_ = false;
-  bool isTimedOut_ = false;
   bool isLoading_ = false;
   std::list<std::shared_ptr<Load>>::iterator place_;  // among the loader's
   std::string origin_;                                // that it loads from, or waits for

@@ -105,8 +105,13 @@ std::shared_ptr<URLSession> URLSession::make(URLSessionConfiguration configurati
 }
 
 Task<DataResponse> URLSession::data(URLRequest request, std::stop_token stop) {
+  return data(std::make_shared<const URLRequest>(std::move(request)), std::move(stop));
+}
+
+Task<DataResponse> URLSession::data(std::shared_ptr<const URLRequest> request,
+                                    std::stop_token stop) {
   // The request is for the delegate alone.
-  URLSessionTask task{delegate_ ? request : URLRequest{}};
+  URLSessionTask task{delegate_ ? *request : URLRequest{}};
   auto watcher = std::make_shared<Watcher>(
       Watcher{shared_from_this(), delegate_, delegateQueue_, std::move(task)});
   auto load =

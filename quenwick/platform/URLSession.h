@@ -99,6 +99,7 @@ class URLSession : public std::enable_shared_from_this<URLSession> {
   /// Loads the request. Throws `PlatformError` of `kURLErrorDomain`; unless the caller cancelled,
   /// its user info has the URL that failed under `NSURLErrorFailingURLStringErrorKey`.
   Task<DataResponse> data(URLRequest request, std::stop_token stop = {});
+  Task<DataResponse> data(std::shared_ptr<const URLRequest> request, std::stop_token stop = {});
 
   const URLSessionConfiguration& configuration() const { return *configuration_; }
 

@@ -19,9 +19,11 @@ bool isTokenCharacter(char c) {
   return isAlphanumeric || "!#$%&'*+-.^_`|~"sv.find(c) != std::string_view::npos;
 }
 
+bool endsField(char c) { return c == '\r' || c == '\n' || c == '\0'; }
+
 bool isSendable(const HTTPHeader& header) {
   return !header.name.empty() && std::ranges::all_of(header.name, isTokenCharacter) &&
-         header.value.find_first_of("\r\n\0"sv) == std::string::npos;
+         std::ranges::none_of(header.value, endsField);
 }
 
 HTTPHeaders headersFrom(const platform::HeaderFields& fields) {

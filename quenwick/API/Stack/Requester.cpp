@@ -3,7 +3,6 @@
 #include "quenwick/API/Stack/RequestConvertible.h"
 #include "quenwick/logging/Logger.h"
 #include "quenwick/platform/AtomicFile.h"
-#include "quenwick/platform/DataTaskPublisher.h"
 #include "quenwick/platform/FatalError.h"
 #include "quenwick/platform/HostConfiguration.h"
 #include "quenwick/platform/Text.h"
@@ -13,7 +12,6 @@ namespace quenwick {
 namespace {
 
 using platform::Bytes;
-using platform::FailingPublisher;
 
 std::exception_ptr logged(const platform::Error& error, const std::exception_ptr& failure) {
   Logger::error(QWLogType::behaviorEvent, error.localizedDescription());
@@ -66,19 +64,38 @@ platform::URLRequest Requester::built(const Request& request) const {
                     request.parameterEncoding());
 }
 
-FailingPublisher<Bytes> Requester::bodies(const Request& request,
-                                          const std::stop_token& stop) const {
+/// A request as it is sent; where it could not be built, with why.
+struct Requester::Sending {
+  std::shared_ptr<platform::URLSession> session;
+  std::shared_ptr<const platform::URLRequest> request = nullptr;
+  std::map<int, ConvertToError> handlers = {};
+  std::exception_ptr failure = nullptr;
+};
+
+std::shared_ptr<const Requester::Sending> Requester::sending(const Request& request) const {
+  auto session = manager_->session();
   try {
-    auto sent = built(request);
-    if (!manager_->session()) return FailingPublisher<Bytes>::ended(nullptr);
-    return platform::dataTaskPublisher(manager_->session(), std::move(sent), stop)
-        .mapError(&transportFailure)
-        .map([handlers = request.exception()](platform::DataResponse answer) {
-          return validatedBody(std::move(answer), handlers);
-        });
+    return std::make_shared<const Sending>(
+        session, std::make_shared<const platform::URLRequest>(built(request)), request.exception());
   } catch (const platform::Error& error) {
-    return FailingPublisher<Bytes>::ended(logged(error, std::current_exception()));
+    auto failure = logged(error, std::current_exception());
+    return std::make_shared<const Sending>(Sending{.session = session, .failure = failure});
   }
+}
+
+platform::Task<Requester::Body> Requester::load(std::shared_ptr<const Sending> sending,
+                                                std::stop_token stop) {
+  if (sending->failure) std::rethrow_exception(sending->failure);
+  if (!sending->session) co_return std::nullopt;
+  platform::DataResponse answer;
+  std::exception_ptr failure;
+  try {
+    answer = co_await sending->session->data(sending->request, stop);
+  } catch (...) {
+    failure = std::current_exception();
+  }
+  if (failure) std::rethrow_exception(transportFailure(failure));
+  co_return validatedBody(std::move(answer), sending->handlers);
 }
 
 platform::Task<void> Requester::composed(std::shared_ptr<AuthenticationTokenManager> tokens,
@@ -98,7 +115,10 @@ platform::Task<void> Requester::composed(std::shared_ptr<AuthenticationTokenMana
 
 platform::Task<std::filesystem::path> Requester::download(const Request& request,
                                                           const std::stop_token& stop) const {
-  auto loading = firstValue(bodies(request, stop), subscriptions_);
+  platform::FailingPublisher<Bytes> bodies(
+      [sending = sending(request)](const std::stop_token& end) { return load(sending, end); },
+      stop);
+  auto loading = firstValue(std::move(bodies), subscriptions_);
   try {
     return keep(std::move(loading), cachePath(request));
   } catch (const APIError&) {

@@ -59,7 +59,11 @@ class Requester {
   template <Decodable T>
   platform::FailingPublisher<T> publisher(const Request& request,
                                           const std::stop_token& stop = {}) const {
-    return bodies(request, stop).map(&decodedBody<T>);
+    return platform::FailingPublisher<T>(
+        [sending = sending(request)](const std::stop_token& end) {
+          return decoded<T>(load(sending, end));
+        },
+        stop);
   }
 
   /// Applies the steps, in their order, to the composition's request. Throws `TokenError`. To ask
@@ -80,9 +84,19 @@ class Requester {
   std::filesystem::path cachePath(const Request& request) const;
 
  private:
+  using Body = std::optional<platform::Bytes>;
+  struct Sending;
+
   platform::URLRequest built(const Request& request) const;
-  platform::FailingPublisher<platform::Bytes> bodies(const Request& request,
-                                                     const std::stop_token& stop) const;
+  std::shared_ptr<const Sending> sending(const Request& request) const;
+  /// The body of a good answer; none where there is no session.
+  static platform::Task<Body> load(std::shared_ptr<const Sending> sending, std::stop_token stop);
+  template <Decodable T>
+  static platform::Task<std::optional<T>> decoded(platform::Task<Body> loading) {
+    auto body = co_await loading;
+    if (!body) co_return std::nullopt;
+    co_return decodedBody<T>(*body);
+  }
   static platform::Task<void> composed(std::shared_ptr<AuthenticationTokenManager> tokens,
                                        APIComposition composition,
                                        std::vector<APIComposerValue> steps);
