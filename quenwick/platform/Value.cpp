@@ -4,6 +4,12 @@
 #include <utility>
 
 namespace quenwick::platform::inline v0 {
+namespace {
+
+/// A dictionary that grows has room for as many: most have a few fields, and none is moved twice.
+constexpr std::size_t kLeastGrown = 8;
+
+}  // namespace
 
 Dictionary::Dictionary() = default;
 Dictionary::Dictionary(const Dictionary&) = default;
@@ -44,6 +50,9 @@ Value* Dictionary::find(std::string_view key) {
 void Dictionary::set(std::string key, Value value) {
   auto found = std::ranges::find(entries_, key, &Entry::key);
   if (found == entries_.end()) {
+    if (entries_.size() == entries_.capacity()) {
+      entries_.reserve(std::max(kLeastGrown, 2 * entries_.size()));
+    }
     entries_.push_back({std::move(key), std::move(value)});
   } else {
     found->value = std::move(value);
