@@ -137,10 +137,10 @@ void EventPipeline::takeSteps() {
   }
 }
 
-/// Once all places are taken, a quarter of them must be free again before sends begin: they leave
+/// Once all places are taken, some of them must be free again before sends begin: they leave
 /// in company, which costs the loading thread less.
 void EventPipeline::startSends() {
-  if (isFull_ && inFlight_ > kMostInFlight - kMostInFlight / 4) return;
+  if (isFull_ && inFlight_ > kMostInFlight - kMostInFlight / 16) return;
   auto repository = this->repository();
   if (!repository) return;
   platform::LoadsTogether together;
