@@ -5,11 +5,14 @@
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/strand.hpp>
 #include <memory>
+#include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include "quenwick/platform/Executor.h"
+#include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/PostsTogether.h"
 #include "quenwick/platform/Thread.h"
 
@@ -18,13 +21,16 @@ namespace {
 
 namespace asio = boost::asio;
 
+constexpr auto kThreadName = "quenwick-pool";
+
 class Pool : public Executor {
  public:
+  /// Its first thread starts the others: a host's call waits for the start of one alone.
   Pool() : work_(asio::make_work_guard(context_)) {
-    auto count = std::clamp(std::thread::hardware_concurrency(), 1U, 4U);
-    for (unsigned i = 0; i < count; ++i) {
-      startThread("quenwick-pool", [this] { context_.run(); }).detach();
-    }
+    startThread(kThreadName, [this] {
+      startOthers();
+      context_.run();
+    }).detach();
   }
 
   void post(Work work) override {
@@ -35,6 +41,17 @@ class Pool : public Executor {
   asio::io_context& context() { return context_; }
 
  private:
+  void startOthers() {
+    try {
+      auto count = std::clamp(std::thread::hardware_concurrency(), 1U, 4U);
+      for (unsigned i = 1; i < count; ++i) {
+        startThread(kThreadName, [this] { context_.run(); }).detach();
+      }
+    } catch (const std::system_error& error) {
+      logPlatformError(std::string("a thread of the pool cannot be started: ") + error.what());
+    }
+  }
+
   asio::io_context context_;
   asio::executor_work_guard<asio::io_context::executor_type> work_;
 };

@@ -6,7 +6,7 @@
 namespace quenwick::platform {
 
 /// Starts a thread of the library's own: named, and with every signal blocked, so that the host's
-/// handlers run on the host's threads. `name` has at most 15 characters.
+/// handlers run on the host's threads. `name` has at most 15 characters and outlives the thread.
 /// Throws `std::system_error` where the system has no room for one.
 std::thread startThread(const char* name, std::function<void()> run);
 

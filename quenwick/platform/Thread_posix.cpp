@@ -59,9 +59,11 @@ void runLatestExitHook() {
 
 std::thread startThread(const char* name, std::function<void()> run) {
   BlockedSignals blocked;
-  std::thread thread(std::move(run));
-  pthread_setname_np(thread.native_handle(), name);
-  return thread;
+  // It names itself: that of another thread is written to a file of the system.
+  return std::thread([name, run = std::move(run)] {
+    pthread_setname_np(pthread_self(), name);
+    run();
+  });
 }
 
 bool atProcessExit(void (*stop)()) {
