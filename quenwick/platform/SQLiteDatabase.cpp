@@ -98,7 +98,8 @@ std::vector<SQLiteDatabase::Row> SQLiteDatabase::run(std::string_view statement,
 }
 
 void SQLiteDatabase::check() {
-  auto rows = run("PRAGMA quick_check(1)");
+  // Of the file alone: without a name the engine makes a temporary database too, to check that.
+  auto rows = run("PRAGMA main.quick_check(1)");
   const auto* verdict = rows.empty() ? nullptr : std::get_if<std::string>(&rows.front().front());
   if (!verdict || *verdict != "ok") {
     throw SQLiteError(SQLITE_CORRUPT, verdict ? *verdict : "the file cannot be checked");

@@ -78,8 +78,9 @@ class UserDefaults {
   void lookForOthersWrites() const;
   void tryReread();
   void reread();
+  void takeOver(Values values);
   bool isStored(const std::string& key);
-  Values stored();
+  static Values stored(SQLiteDatabase& database);
 
   const std::filesystem::path file_;
   const std::unique_ptr<GenerationCounter> generation_;

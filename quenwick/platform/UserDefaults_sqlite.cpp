@@ -66,7 +66,6 @@ void makeTable(SQLiteDatabase& database) {
       "CREATE TABLE IF NOT EXISTS settings"
       " (key TEXT PRIMARY KEY, kind INTEGER NOT NULL, value) WITHOUT ROWID");
   database.check();
-  database.run("SELECT key, kind, value FROM settings LIMIT 1");
 }
 
 }  // namespace
@@ -154,8 +153,12 @@ void UserDefaults::postWrite() {
 /// Opens the file where it is not open, and takes over what it holds; what waits stays on top.
 void UserDefaults::open() {
   if (database_) return;
-  database_ = openOrBeginAnew(file_, NewFile::quick, makeTable);
-  reread();
+  Values values;
+  database_ = openOrBeginAnew(file_, NewFile::quick, [&values](SQLiteDatabase& database) {
+    makeTable(database);
+    values = stored(database);
+  });
+  takeOver(std::move(values));
 }
 
 /// Writes all that waits, in order, in one transaction. What fails stays, and is tried again.
@@ -242,8 +245,9 @@ void UserDefaults::tryReread() {
   }
 }
 
-void UserDefaults::reread() {
-  auto values = stored();
+void UserDefaults::reread() { takeOver(stored(*database_)); }
+
+void UserDefaults::takeOver(Values values) {
   std::lock_guard lock(mutex_);
   for (const auto& write : waiting_) apply(write, values);
   values_ = std::move(values);
@@ -254,9 +258,9 @@ bool UserDefaults::isStored(const std::string& key) {
   return !rows.empty() && valueFrom(rows[0][0], rows[0][1]);
 }
 
-UserDefaults::Values UserDefaults::stored() {
+UserDefaults::Values UserDefaults::stored(SQLiteDatabase& database) {
   Values values;
-  for (auto& row : database_->run("SELECT key, kind, value FROM settings")) {
+  for (auto& row : database.run("SELECT key, kind, value FROM settings")) {
     auto* key = std::get_if<std::string>(&row[0]);
     auto value = valueFrom(row[1], row[2]);
     if (key && value) values.insert_or_assign(std::move(*key), std::move(*value));
