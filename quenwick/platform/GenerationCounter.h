@@ -35,7 +35,7 @@ class GenerationCounter {
   };
 
  private:
-  int descriptor_ = -1;
+  const int descriptor_;
   std::atomic<std::uint64_t> own_ = 0;
 };
 

@@ -1,4 +1,3 @@
-#include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -9,9 +8,8 @@
 
 namespace quenwick::platform {
 
-GenerationCounter::GenerationCounter(const std::filesystem::path& file) {
-  if (makePrivateFile(file)) descriptor_ = ::open(file.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
-}
+GenerationCounter::GenerationCounter(const std::filesystem::path& file)
+    : descriptor_(openPrivateFile(file)) {}
 
 GenerationCounter::~GenerationCounter() {
   if (descriptor_ >= 0) ::close(descriptor_);

@@ -12,8 +12,11 @@ namespace quenwick::platform {
 /// Makes the folder, and those above it that are missing, for the user alone.
 void makePrivateDirectory(const std::filesystem::path& directory);
 
-/// Makes the folder (0700) and, in it, the empty file (0600) where they are missing. Whether the
-/// file is there afterwards.
+/// Makes the folder (0700) and, in it, the empty file (0600) where they are missing, and opens the
+/// file to be read and written: a descriptor that the caller closes, -1 where there is none.
+int openPrivateFile(const std::filesystem::path& file);
+
+/// The same without keeping it open. Whether the file is there afterwards.
 bool makePrivateFile(const std::filesystem::path& file);
 
 /// Held by one process at a time for a folder, also among the threads of one process.

@@ -29,6 +29,13 @@ class Descriptor {
   int descriptor_;
 };
 
+/// Makes the file the user's alone. One that is so already is not written to.
+void keepForTheUser(int descriptor) {
+  struct stat status{};
+  bool isSo = ::fstat(descriptor, &status) == 0 && (status.st_mode & 07777) == 0600;
+  if (!isSo) ::fchmod(descriptor, 0600);
+}
+
 }  // namespace
 
 void makePrivateDirectory(const std::filesystem::path& directory) {
@@ -40,13 +47,21 @@ void makePrivateDirectory(const std::filesystem::path& directory) {
   if (isMade) ::chmod(directory.c_str(), 0700);
 }
 
+int openPrivateFile(const std::filesystem::path& file) {
+  auto open = [&file] {
+    return ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+  };
+  int descriptor = open();
+  if (descriptor < 0 && errno == ENOENT) {
+    makePrivateDirectory(file.parent_path());
+    descriptor = open();
+  }
+  if (descriptor >= 0) keepForTheUser(descriptor);
+  return descriptor;
+}
+
 bool makePrivateFile(const std::filesystem::path& file) {
-  makePrivateDirectory(file.parent_path());
-  int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-  if (descriptor < 0) return false;
-  ::fchmod(descriptor, 0600);
-  ::close(descriptor);
-  return true;
+  return Descriptor(openPrivateFile(file)) >= 0;
 }
 
 DirectoryLock::DirectoryLock(const std::filesystem::path& directory)
@@ -75,7 +90,7 @@ std::optional<std::string> privateFileContents(const std::filesystem::path& file
   Descriptor descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
   if (descriptor < 0 && errno == ENOENT) return std::nullopt;
   if (descriptor < 0) throwErrorOf(file);
-  ::fchmod(descriptor, 0600);
+  keepForTheUser(descriptor);
   std::array<char, 4096> bytes{};
   std::size_t size = 0;
   while (size < bytes.size()) {
