@@ -166,7 +166,8 @@ std::optional<std::string> Bundle::text(std::string_view key) const {
 }
 
 std::string Bundle::identifierOrExecutable() const {
-  return text("CFBundleIdentifier").value_or(executable().filename().string());
+  auto identifier = text("CFBundleIdentifier");
+  return identifier ? *std::move(identifier) : executable().filename().string();
 }
 
 const std::string* Bundle::resource(std::string_view name, std::string_view extension) const {
