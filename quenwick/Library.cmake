@@ -1,7 +1,8 @@
 # The shared libraries: all parts as libquenwick, the window toolkit over it as libquenwick-ui.
 
 # quenwick_library(<target> <part>...): a shared library of the parts' objects, which shows what
-# exports.map lists.
+# exports.map lists. Its calls of itself are its own, and what it calls of others is found when it is
+# loaded: no call of a host waits for that.
 function(quenwick_library target)
   list(TRANSFORM ARGN REPLACE "(.+)" "$<TARGET_OBJECTS:\\1>" OUTPUT_VARIABLE objects)
   add_library(${target} SHARED ${objects})
@@ -13,7 +14,7 @@ function(quenwick_library target)
   target_link_libraries(${target} PRIVATE quenwick_flags)
   target_link_options(${target} PRIVATE "${quenwick_whole}"
     "LINKER:--version-script=${CMAKE_CURRENT_SOURCE_DIR}/exports.map" LINKER:-z,nodelete
-    LINKER:--as-needed LINKER:--gc-sections
+    LINKER:--as-needed LINKER:--gc-sections LINKER:-Bsymbolic-functions LINKER:-z,now
     $<$<CXX_COMPILER_ID:Clang>:LINKER:--icf=all,-z,pack-relative-relocs>)
   if(NOT QUENWICK_SANITIZE)  # whose runtime is the program's
     target_link_options(${target} PRIVATE LINKER:-z,defs)
