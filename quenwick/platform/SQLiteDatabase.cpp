@@ -29,23 +29,6 @@ SQLiteValue column(sqlite3_stmt* statement, int index) {
   }
 }
 
-/// The file's name as the engine takes it with parameters.
-std::string uriOf(const std::filesystem::path& file) {
-  std::string uri = file.is_absolute() ? "file://" : "file:";
-  for (char c : file.string()) {
-    if (c == '%') {
-      uri += "%25";
-    } else if (c == '?') {
-      uri += "%3f";
-    } else if (c == '#') {
-      uri += "%23";
-    } else {
-      uri += c;
-    }
-  }
-  return uri;
-}
-
 struct Bind {
   sqlite3_stmt* statement;
   int index;
@@ -77,29 +60,19 @@ void SQLiteDatabase::Close::operator()(sqlite3_stmt* statement) const {
 }
 
 SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& file, NewFile newFile) {
-  open(file, file.string(), SQLITE_OPEN_READWRITE);
+  if (!makePrivateFile(file)) throw SQLiteError(SQLITE_CANTOPEN, "the file cannot be opened");
+  sqlite3* database = nullptr;
+  int code =
+      sqlite3_open_v2(file.c_str(), &database,
+                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+  database_.reset(database);
+  if (code != SQLITE_OK) throw SQLiteError(code, sqlite3_errstr(code));
+  sqlite3_busy_timeout(database, kBusyMilliseconds);
   std::error_code error;
   bool isBegun = std::filesystem::file_size(file, error) > 0;
   bool isUnwaited = !isBegun && newFile == NewFile::quick;
   run(isUnwaited ? "PRAGMA synchronous = OFF" : "PRAGMA synchronous = NORMAL");
   run("PRAGMA journal_mode = WAL");
-}
-
-SQLiteDatabase SQLiteDatabase::toRead(const std::filesystem::path& file) {
-  SQLiteDatabase database;
-  // Who opens a log's index to be written builds it anew in its file; this keeps its own in memory.
-  database.open(file, uriOf(file) + "?readonly_shm=1", SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
-  return database;
-}
-
-void SQLiteDatabase::open(const std::filesystem::path& file, const std::string& name, int mode) {
-  if (!makePrivateFile(file)) throw SQLiteError(SQLITE_CANTOPEN, "the file cannot be opened");
-  sqlite3* database = nullptr;
-  int code = sqlite3_open_v2(name.c_str(), &database,
-                             mode | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
-  database_.reset(database);
-  if (code != SQLITE_OK) throw SQLiteError(code, sqlite3_errstr(code));
-  sqlite3_busy_timeout(database, kBusyMilliseconds);
 }
 
 std::vector<SQLiteDatabase::Row> SQLiteDatabase::run(std::string_view statement,

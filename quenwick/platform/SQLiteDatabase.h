@@ -46,10 +46,6 @@ class SQLiteDatabase {
   /// waits for no disk until it is told to.
   explicit SQLiteDatabase(const std::filesystem::path& file, NewFile newFile = NewFile::lasting);
 
-  /// Opens the file to be read: nothing is written, nor anything made beside it. Throws where that
-  /// cannot be, as where the log was tidied away.
-  static SQLiteDatabase toRead(const std::filesystem::path& file);
-
   using Row = std::vector<SQLiteValue>;
 
   /// Runs one statement with the values bound in their order; its rows are returned whole.
@@ -70,8 +66,6 @@ class SQLiteDatabase {
   };
   using Statement = std::unique_ptr<sqlite3_stmt, Close>;
 
-  SQLiteDatabase() = default;
-  void open(const std::filesystem::path& file, const std::string& name, int mode);
   [[noreturn]] void fail(int code) const;
   sqlite3_stmt* prepared(std::string_view statement);
   void bind(sqlite3_stmt* statement, const std::vector<SQLiteValue>& values);

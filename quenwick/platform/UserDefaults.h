@@ -34,9 +34,8 @@ class UserDefaults {
   /// The application's own. Its file is opened by the first call. Never destroyed.
   static UserDefaults& standard();
 
-  /// A store in the given file, read at once. A damaged file is set aside, at the first write where
-  /// it could still be read: then what it held is kept. One that cannot be opened is reported, and
-  /// values live in memory until it can. Lives until the process ends.
+  /// A store in the given file, read at once. A damaged file is set aside; one that cannot be
+  /// opened is reported, and values live in memory until it can. Lives until the process ends.
   static UserDefaults& make(std::filesystem::path file);
 
   /// The value under the key: what was set, else the registered default, else none.
@@ -72,12 +71,10 @@ class UserDefaults {
 
   bool enqueue(Write write);
   void postWrite();
-  bool readEarlier();
   void open();
   void writeWaiting();
   void commit(const std::deque<Write>& writes);
   void beginAnew();
-  void keepWhatIsKnown();
   void lookForOthersWrites() const;
   void tryReread();
   void reread();
@@ -89,7 +86,6 @@ class UserDefaults {
   const std::unique_ptr<GenerationCounter> generation_;
   // On the writer thread alone, but for the construction.
   std::unique_ptr<SQLiteDatabase> database_;
-  std::optional<std::pair<std::uint64_t, std::uint64_t>> earlier_;  // the file that was only read
   bool hasReportedFailure_ = false;
   bool hasBegunAnew_ = false;
   bool isRereadDue_ = false;

@@ -86,7 +86,7 @@ UserDefaults::UserDefaults(std::filesystem::path file)
       seenGeneration_(generation_->value()),
       lastLooked_(coarseNow()) {
   try {
-    if (!readEarlier()) open();
+    open();
   } catch (const SQLiteError& error) {
     hasReportedFailure_ = true;
     logPlatformError("Settings cannot be read: " + error.localizedDescription());
@@ -150,22 +150,6 @@ void UserDefaults::postWrite() {
   writer().post([this] { writeWaiting(); });
 }
 
-/// Takes over what an earlier launch has left, and no more: a host waits for it. The file is
-/// checked and opened to be written with the first write. False where there is nothing to be read
-/// so.
-bool UserDefaults::readEarlier() {
-  std::error_code error;
-  if (auto size = std::filesystem::file_size(file_, error); error || size == 0) return false;
-  try {
-    auto database = SQLiteDatabase::toRead(file_);
-    takeOver(stored(database));
-  } catch (const SQLiteError&) {
-    return false;  // `open` tries it again, and says what is wrong
-  }
-  earlier_ = fileIdentity(file_);
-  return true;
-}
-
 /// Opens the file where it is not open, and takes over what it holds; what waits stays on top.
 void UserDefaults::open() {
   if (database_) return;
@@ -174,10 +158,6 @@ void UserDefaults::open() {
     makeTable(database);
     values = stored(database);
   });
-  // Another one has taken the place of what was read: that was damaged.
-  if (auto earlier = std::exchange(earlier_, {}); earlier && earlier != fileIdentity(file_)) {
-    keepWhatIsKnown();
-  }
   takeOver(std::move(values));
 }
 
@@ -230,17 +210,14 @@ void UserDefaults::commit(const std::deque<Write>& writes) {
   if (!isOwnAlone || std::ranges::any_of(writes, &Write::isOnlyIfAbsent)) isRereadDue_ = true;
 }
 
-/// The file was damaged while in use.
+/// The file was damaged while in use: what this process knows goes into the one that takes its
+/// place, unless another process has written there already.
 void UserDefaults::beginAnew() {
   database_.reset();
-  if (!std::exchange(hasBegunAnew_, true)) return keepWhatIsKnown();
-  // Begun anew already, and in vain: not at once again.
-  retry_ = postAfter(kRetryInterval, writer(), [this] { writeWaiting(); });
-}
-
-/// What this process knows goes into the file that takes the place of a damaged one, unless another
-/// process has written there already.
-void UserDefaults::keepWhatIsKnown() {
+  if (std::exchange(hasBegunAnew_, true)) {  // and in vain: not at once again
+    retry_ = postAfter(kRetryInterval, writer(), [this] { writeWaiting(); });
+    return;
+  }
   {
     std::lock_guard lock(mutex_);
     for (const auto& [key, value] : values_) waiting_.push_back({key, value, true});

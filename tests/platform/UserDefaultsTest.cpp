@@ -53,15 +53,6 @@ TEST_F(UserDefaultsTest, EveryKindOfValueIsThereAfterARestart) {
   EXPECT_EQ(second.object("gone"), std::nullopt);
 }
 
-TEST_F(UserDefaultsTest, AFileIsFoundUnderEveryName) {
-  for (const auto* name : {"ab", "a%62", "a?mode=ro", "a#b"}) {
-    auto file = folder_.path() / name / "preferences.sqlite";
-    UserDefaults::make(file).setObject(std::string(name), "name");
-    UserDefaults::make(file).synchronize();
-    EXPECT_EQ(UserDefaults::make(file).object("name"), DefaultsValue(std::string(name)));
-  }
-}
-
 TEST_F(UserDefaultsTest, RegisteredDefaultsStandBehindAndAreNotWritten) {
   auto& first = open();
   first.registerDefaults({{"key", true}});
@@ -118,24 +109,6 @@ TEST_F(UserDefaultsTest, ADamagedFileIsSetAsideOnceAndWhatIsInMemoryIsKept) {
   EXPECT_EQ(log->count("set aside"), 2);
   EXPECT_EQ(open().object("key"), DefaultsValue(1.5));
   EXPECT_EQ(open().object("other"), DefaultsValue(2.5));
-}
-
-// Here: more free pages are counted than there are.
-TEST_F(UserDefaultsTest, WhatCanBeReadOfADamagedFileIsKept) {
-  auto log = tests::RecordingLog::install();
-  open().setObject(std::string("the install"), "id");
-  open().synchronize();
-  tests::runProgram({"sqlite3", file_.string(), "PRAGMA wal_checkpoint(TRUNCATE)"});
-  tests::runProgram(  // not from here: that would end this process's locks on the file
-      {"sh", "-c", "printf '\\007' | dd bs=1 seek=39 conv=notrunc of=" + file_.string()});
-  auto& defaults = open();
-  EXPECT_EQ(defaults.object("id"), DefaultsValue(std::string("the install")));
-  defaults.setObject(1.5, "key");
-  defaults.synchronize();
-  EXPECT_EQ(log->count("set aside"), 1);
-  EXPECT_EQ(open().object("key"), DefaultsValue(1.5)) << "on disk with the first write";
-  defaults.synchronize();
-  EXPECT_EQ(open().object("id"), DefaultsValue(std::string("the install")));
 }
 
 TEST_F(UserDefaultsTest, WithoutAPlaceToWriteValuesLiveInMemoryAndOneLineSaysSo) {
