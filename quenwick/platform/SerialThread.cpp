@@ -1,5 +1,7 @@
 #include "quenwick/platform/SerialThread.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -81,10 +83,18 @@ bool SerialThread::runLast(Work last, std::chrono::nanoseconds atMost) {
 void SerialThread::run() {
   id_ = std::this_thread::get_id();
   for (;;) {
-    for (auto batch = nextBatch(); !batch.empty() && !isEnded_; batch.pop_front()) {
-      runWork(batch.front());
-    }
+    auto batch = nextBatch();
+    for (; !batch.empty() && !isEnded_; batch.pop_front()) runWork(batch.front());
+    keep(std::move(batch));
   }
+}
+
+/// What came too late to run is kept for good, as the tasks are that wait for it.
+void SerialThread::keep(std::deque<Work> batch) {
+  if (batch.empty()) return;
+  std::lock_guard lock(mutex_);
+  std::ranges::move(waiting_, std::back_inserter(batch));
+  waiting_ = std::move(batch);
 }
 
 /// Waits until there is work and its lull is over.

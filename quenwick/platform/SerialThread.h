@@ -44,6 +44,7 @@ class SerialThread : public Executor {
   bool runLast(Work last, std::chrono::nanoseconds atMost);
   void run();
   std::deque<Work> nextBatch();
+  void keep(std::deque<Work> batch);
 
   const char* name_;
   const std::chrono::nanoseconds lull_;

@@ -65,6 +65,26 @@ TEST(SerialThread, DrainWaitsForWhatWasPostedBeforeAndNoLongerThanAsked) {
   EXPECT_TRUE(isDone);
 }
 
+TEST(SerialThread, WhatComesTooLateToRunIsKept) {
+  auto& thread = *new SerialThread("test-serial", std::chrono::minutes(1));
+  std::promise<void> begin, release;
+  auto first = std::make_shared<int>();
+  auto late = std::make_shared<int>();
+  std::weak_ptr<int> running = first;
+  thread.post([first = std::move(first), &begin, released = release.get_future().share()] {
+    begin.set_value();
+    released.wait();
+  });
+  thread.post([late] {});
+  thread.hurry();
+  begin.get_future().wait();
+  EXPECT_FALSE(thread.end({}));
+  release.set_value();
+  while (!running.expired()) std::this_thread::yield();
+  for (int i = 0; i < 1000 && late.use_count() == 2; ++i) std::this_thread::yield();
+  EXPECT_EQ(late.use_count(), 2) << "a task may wait for it";
+}
+
 TEST(MainActor, RunsOnTheExecutorThatTheHostSet) {
   auto strand = makeStrand();
   std::promise<std::thread::id> own;
