@@ -21,7 +21,10 @@ struct Free {
 };
 using MatchData = std::unique_ptr<pcre2_match_data, Free>;
 
-PCRE2_SPTR units(std::string_view text) { return reinterpret_cast<PCRE2_SPTR>(text.data()); }
+/// Of an empty text too, which may lie nowhere.
+PCRE2_SPTR units(std::string_view text) {
+  return reinterpret_cast<PCRE2_SPTR>(text.empty() ? "" : text.data());
+}
 
 pcre2_match_context* limits() {
   static auto* context = [] {
@@ -42,6 +45,7 @@ std::string errorText(int code) {
 
 struct RegularExpression::Compiled {
   std::unique_ptr<pcre2_code, Free> code;
+  bool isNative = false;  // compiled to instructions of the processor
 
   int match(std::string_view text, std::size_t from, std::uint32_t options,
             pcre2_match_data* data) const {
@@ -66,7 +70,7 @@ RegularExpression RegularExpression::compile(std::string_view pattern) {
                                  PCRE2_UTF | PCRE2_MATCH_INVALID_UTF | PCRE2_NEVER_BACKSLASH_C,
                                  &error, &offset, nullptr));
   if (!made->code) throw PlatformError("regularExpression", error, errorText(error));
-  pcre2_jit_compile(made->code.get(), PCRE2_JIT_COMPLETE);
+  made->isNative = pcre2_jit_compile(made->code.get(), PCRE2_JIT_COMPLETE) == 0;
   if (cache.compiled.size() >= kCacheCapacity) cache.compiled.clear();
   cache.compiled.emplace(std::string(pattern), made);
   return RegularExpression(std::move(made));
@@ -75,7 +79,10 @@ RegularExpression RegularExpression::compile(std::string_view pattern) {
 bool RegularExpression::isFound(std::string_view text) const {
   // One pair of offsets is enough to learn whether there is a match.
   static thread_local const MatchData data(pcre2_match_data_create(1, nullptr));
-  return compiled_->match(text, 0, 0, data.get()) >= 0;
+  // The same without the checks before it, which cost a good part of a short search.
+  if (!compiled_->isNative) return compiled_->match(text, 0, 0, data.get()) >= 0;
+  return pcre2_jit_match(compiled_->code.get(), units(text), text.size(), 0, 0, data.get(),
+                         limits()) >= 0;
 }
 
 std::vector<std::string> RegularExpression::rangesOfMatches(std::string_view text) const {
