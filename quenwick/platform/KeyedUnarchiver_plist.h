@@ -14,6 +14,7 @@ namespace quenwick::platform {
 /// where the bytes are no archive or an object is of another class.
 class KeyedUnarchiver {
  public:
+  /// Of bytes whose shape is bounded (PropertyListShape.h): libplist is not safe with others.
   explicit KeyedUnarchiver(std::string_view bytes);
 
   /// The object that the archive is of.
