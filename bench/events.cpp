@@ -16,7 +16,7 @@
 #include "bench/support/Status.h"
 #include "quenwick/API/APIService/APIService.h"
 #include "quenwick/API/Stack/RequestConvertible.h"
-#include "quenwick/events/EventPipeline.h"
+#include "quenwick/platform/URLSession.h"
 #include "tests/support/Keyring.h"
 
 namespace quenwick::bench {
@@ -84,7 +84,7 @@ bool sendAll(EventHost& host) {
 bool endToEnd(EventHost& host, const platform::URLSessionConfiguration& basis,
               const char* secrets) {
   auto same = sent();
-  CurlEvents curl(basis, same.request, EventPipeline::kMostInFlight);
+  CurlEvents curl(basis, same.request, platform::URLSession::kMostAtOnce);
   return compare({.table = "compared",
                   .name = std::string("10,000 events over HTTP/2, secrets in ") + secrets,
                   .target = Target{.value = 0.9, .isLeast = true},

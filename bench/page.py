@@ -10,7 +10,7 @@ Both sides do the same work in turn, in one run, and the ratio is the median of 
 Where the other side is plain libcurl it has the session's options, keeps its handles and connections,
 and keeps nothing of what it loads. Chains are resolved through `DeeplinkManager::resolve` with its
 state on a real disk, POSTs are encoded, sent, checked and decoded fifty in a row, events go to a local
-HTTP/2 server with 64 in flight on both sides."""),
+HTTP/2 server with 64 on the wire on both sides."""),
     ("lookups", "Looking at links and settings", """\
 Google Benchmark, all calls in random order, medians."""),
     ("calls", "What a call costs its caller", """\

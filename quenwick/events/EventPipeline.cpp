@@ -13,6 +13,10 @@ namespace {
 
 /// How many steps are taken before ended sends are looked at again.
 constexpr std::size_t kStepsPerTurn = 64;
+/// Some beyond those on the wire, which the loading thread goes on with when answers come, while
+/// the next ones are still being made.
+constexpr std::size_t kMostInFlight = platform::URLSession::kMostAtOnce + 16;
+constexpr std::size_t kCompany = 4;
 
 }  // namespace
 
@@ -140,7 +144,7 @@ void EventPipeline::takeSteps() {
 /// Once all places are taken, some of them must be free again before sends begin: they leave
 /// in company, which costs the loading thread less.
 void EventPipeline::startSends() {
-  if (isFull_ && inFlight_ > kMostInFlight - kMostInFlight / 16) return;
+  if (isFull_ && inFlight_ > kMostInFlight - kCompany) return;
   auto repository = this->repository();
   if (!repository) return;
   platform::LoadsTogether together;

@@ -20,8 +20,6 @@ namespace quenwick {
 /// and lines are written there. Work that was taken keeps the pipeline alive until it has ended.
 class EventPipeline : public std::enable_shared_from_this<EventPipeline> {
  public:
-  /// More sends would only wait for each other's connections.
-  static constexpr std::size_t kMostInFlight = 64;
   /// How much memory what waits may take, about.
   static constexpr std::size_t kMostWaiting = 128UL << 20;
 

@@ -245,7 +245,8 @@ void URLLoader::putWaiting(const std::string& name) {
   auto found = origins_.find(name);
   if (found == origins_.end()) return;
   auto& [loading, isMultiplexed, waiting] = found->second;
-  while (!waiting.empty() && (isMultiplexed || loading < kConnectionsPerHost)) {
+  auto most = isMultiplexed ? URLSession::kMostAtOnce : kConnectionsPerHost;
+  while (!waiting.empty() && loading < most) {
     ++loading;
     put(waiting.front());
     waiting.pop_front();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -85,6 +86,9 @@ class LoadsTogether {
 class URLSession : public std::enable_shared_from_this<URLSession> {
  public:
   static constexpr int kMaximumRedirects = 20;
+  /// Loads from one origin that are on the wire at a time where a connection carries several of
+  /// them (HTTP/2); six elsewhere. The others wait for their turn.
+  static constexpr std::size_t kMostAtOnce = 64;
 
   /// The process's own, without a delegate.
   static std::shared_ptr<URLSession> shared();

@@ -47,5 +47,14 @@ TEST(Handle, ThatSpokeHTTP2MeetsAConnectionOfHTTP1AsIfItWereNew) {
   EXPECT_EQ(statuses(session, 2), two);
 }
 
+// One that is asked for more streams than it has room for is left for another by curl.
+TEST(Handle, OfManyLoadsAtOnceSharesOneConnectionOfHTTP2) {
+  tests::ChangingServer server(1000);
+  auto session = URLSession::make(server.configuration());
+  EXPECT_EQ(statuses(session, 1), std::vector<int>(1, 200));
+  EXPECT_EQ(statuses(session, 300), std::vector<int>(300, 200));
+  EXPECT_EQ(server.connections(), 1);
+}
+
 }  // namespace
 }  // namespace quenwick::platform
