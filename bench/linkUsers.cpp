@@ -1,7 +1,10 @@
 // How the store of link users grows from 1 to 10,000: the time to note one, and to note many at
 // once.
+//
+// usage: bench_linkUsers [HOME COUNT]    with both: so many are stored there, and no more
 
 #include <chrono>
+#include <cstdlib>
 #include <string>
 
 #include "bench/support/Row.h"
@@ -45,6 +48,12 @@ void print(const char* what, std::size_t size, double ours) {
   bench::print({.table = "growth", .what = what, .ours = ours, .size = static_cast<double>(size)});
 }
 
+int fill(const char* home, const char* count) {
+  platform::configureHost({.bundleIdentifier = "com.example.bench", .home = home});
+  note(0, std::strtoul(count, nullptr, 10));
+  return stored() == std::strtoul(count, nullptr, 10) ? 0 : 1;
+}
+
 int run() {
   tests::TemporaryDirectory folder;
   platform::configureHost({.bundleIdentifier = "com.example.bench", .home = folder.path()});
@@ -69,4 +78,6 @@ int run() {
 }  // namespace
 }  // namespace quenwick::bench
 
-int main() { return quenwick::bench::run(); }
+int main(int count, char** words) {
+  return count == 3 ? quenwick::bench::fill(words[1], words[2]) : quenwick::bench::run();
+}

@@ -91,17 +91,27 @@ void addHandling(Looks& looks) {
 }
 
 /// Many domains; with `isOneHost` the first has as many patterns, otherwise each has one.
-std::shared_ptr<HandleableLinks> manyLinks(std::size_t count, bool isOneHost) {
-  auto links = std::make_shared<HandleableLinks>();
+struct ManyLinks {
+  ManyLinks(std::size_t count, bool isOneHost) {
+    for (std::size_t i = 0; i < count; ++i) {
+      domains.push_back("links" + std::to_string(i) + ".shop.example");
+      paths[domains[isOneHost ? 0 : i]].push_back("/offers/" + std::to_string(i) + "/[a-z]+$");
+    }
+  }
+  std::shared_ptr<HandleableLinks> registered() const {
+    auto links = std::make_shared<HandleableLinks>();
+    links->insertDomains(domains);
+    links->addPaths(paths);
+    return links;
+  }
+
   std::vector<std::string> domains;
   HandleableLinks::Paths paths;
-  for (std::size_t i = 0; i < count; ++i) {
-    domains.push_back("links" + std::to_string(i) + ".shop.example");
-    paths[domains[isOneHost ? 0 : i]].push_back("/offers/" + std::to_string(i) + "/[a-z]+$");
-  }
-  links->insertDomains(domains);
-  links->addPaths(paths);
-  return links;
+};
+
+void addRegistering(Looks& looks) {
+  looks.add({.table = kTable, .what = "1,000 domains registered, with a pattern each"},
+            [links = ManyLinks(1'000, false)] { return links.registered() != nullptr; });
 }
 
 void addGrowth(Looks& looks) {
@@ -110,7 +120,7 @@ void addGrowth(Looks& looks) {
                    double pieces) {
       looks.add(
           {.table = "growth", .what = what, .size = static_cast<double>(count)},
-          [links = manyLinks(count, isOneHost), url, isHandled] {
+          [links = ManyLinks(count, isOneHost).registered(), url, isHandled] {
             return links->contains(*platform::URL::parse(url)) == isHandled;
           },
           pieces);
@@ -137,6 +147,7 @@ int run() {
   addClassify(looks, "nearly one", "/p/rp/p/rpm/p/cx/p/gx", std::nullopt);
   addSetting(looks, folder);
   addHandling(looks);
+  addRegistering(looks);
   addGrowth(looks);
   return looks.run() ? 0 : 1;
 }

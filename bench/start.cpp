@@ -55,8 +55,12 @@ class Service {
 /// The median of what so many hosts said under that name; each with a new state folder, or all with
 /// one that an earlier host has left. None where one of them failed.
 double reported(Service& service, const char* program, const std::string& name, int count,
-                bool isFresh) {
+                bool isFresh, std::size_t linkUsers = 0) {
   tests::TemporaryDirectory kept;
+  if (linkUsers > 0) {
+    tests::Daemon filling({FILLING_PROGRAM, kept.path().string(), std::to_string(linkUsers)});
+    if (filling.wait() != 0) throw std::out_of_range("no link users");
+  }
   if (!isFresh) service.run(program, kept.path());
   std::vector<double> values;
   for (int i = 0; i < count; ++i) {
@@ -76,6 +80,15 @@ void printStart(Service& service) {
   };
   row("`start`, warm files, median", false, 1e-3);
   row("`start`, fresh install, median", true, 5e-3);
+}
+
+void printGrowth(Service& service) {
+  for (auto linkUsers : std::initializer_list<std::size_t>{1, 10, 100, 1'000, 10'000}) {
+    print({.table = "growth",
+           .what = "link users stored: `start`",
+           .ours = reported(service, HOST_PROGRAM, "start", rounds(20), false, linkUsers),
+           .size = static_cast<double>(linkUsers)});
+  }
 }
 
 void printMemory(Service& service) {
@@ -99,6 +112,7 @@ int run() {
     Service service;
     printStart(service);
     printMemory(service);
+    printGrowth(service);
     return 0;
   } catch (const std::out_of_range&) {
     std::cerr << "no figures, as a host failed" << std::endl;

@@ -9,6 +9,7 @@
 #include <sys/time.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 
@@ -19,6 +20,11 @@ constexpr std::size_t kBufferSize = 16384;
 constexpr std::size_t kLongestHead = 65536;
 constexpr timeval kLongestSilence = {.tv_sec = 60, .tv_usec = 0};
 constexpr timeval kNoLimit = {.tv_sec = 0, .tv_usec = 0};
+
+std::uint64_t nextNumber() {
+  static std::atomic<std::uint64_t> last = 0;
+  return ++last;
+}
 
 void prepareSocket(int socket) {
   const int yes = 1;
@@ -31,7 +37,9 @@ void prepareSocket(int socket) {
 }  // namespace
 
 Connection::Connection(int socket, SSL_CTX* context)
-    : socket_(socket), ssl_(context != nullptr ? SSL_new(context) : nullptr) {
+    : socket_(socket),
+      number_(nextNumber()),
+      ssl_(context != nullptr ? SSL_new(context) : nullptr) {
   prepareSocket(socket);
   if (ssl_) SSL_set_fd(ssl_.get(), socket);
   isBroken_ = context != nullptr && !ssl_;

@@ -2,6 +2,7 @@
 
 #include <openssl/types.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -19,6 +20,8 @@ class Connection {
   Connection& operator=(const Connection&) = delete;
 
   int socket() const { return socket_; }
+  /// The connections of the process are counted from 1.
+  std::uint64_t number() const { return number_; }
   bool isSecure() const { return ssl_ != nullptr; }
 
   /// Shakes hands, if the connection is over TLS.
@@ -52,6 +55,7 @@ class Connection {
   bool send(std::string_view bytes);
 
   int socket_;
+  const std::uint64_t number_;
   std::unique_ptr<SSL, Deleter> ssl_;
   std::string head_;
   std::string received_;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <boost/json.hpp>
 
+#include "sandbox/RepeatedKey.h"
+
 namespace json = boost::json;
 
 namespace quenwick::sandbox {
@@ -108,7 +110,10 @@ json::value parseJSON(std::string_view text) {
     error = json::error::extra_data;
   }
   if (!error) parser.finish(error);
-  if (!error) return parser.release();
+  if (!error) {
+    if (const auto key = repeatedKey(text)) throw JSONError(*key, "stands twice");
+    return parser.release();
+  }
 
   const auto before = text.substr(0, read);
   const auto line = 1 + std::ranges::count(before, '\n');

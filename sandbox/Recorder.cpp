@@ -29,7 +29,8 @@ json::object record(const Request& request) {
                       {"path", utf8Text(head.path)},
                       {"query", utf8Text(head.query)},
                       {"headers", headersOf(head)},
-                      {"receivedAt", time.count()}};
+                      {"receivedAt", time.count()},
+                      {"connection", request.connection}};
   if (!request.body.empty()) {
     const bool isText = isUTF8(request.body);
     result[isText ? "body" : "bodyBase64"] = isText ? request.body : base64(request.body);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -10,6 +11,7 @@ namespace quenwick::sandbox {
 
 /// A request as it was received.
 struct Request {
+  std::uint64_t connection = 0;
   bool isSecure = false;
   std::string head;
   std::string body;

@@ -4,6 +4,7 @@
 
 #include "sandbox/JSONNode.h"
 #include "sandbox/Refusal.h"
+#include "sandbox/RepeatedKey.h"
 #include "sandbox/RequestHead.h"
 #include "sandbox/Text.h"
 
@@ -45,6 +46,7 @@ void judgePath(const RequestHead& head, const std::string& path) {
 boost::json::value judgeJSONPost(const RequestHead& head, const std::string& body) {
   if (head.method != "POST") refuse("method", "must be POST");
   if (!isJSON(head.header("Content-Type"))) refuse("Content-Type", "must be application/json");
+  if (const auto key = repeatedKey(body)) refuse(*key, "stands twice");
   try {
     return parseJSON(body);
   } catch (const JSONError& error) {

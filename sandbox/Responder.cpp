@@ -45,7 +45,8 @@ void Responder::respond(Connection& connection, const std::string& body,
   const RequestHead head(connection.head());
   if (isQuery(head)) return send(answerQuery(service_, head, body), connection, response);
   const auto request = std::make_shared<const Request>(
-      Request{connection.isSecure(), connection.head(), body, std::chrono::system_clock::now()});
+      Request{connection.number(), connection.isSecure(), connection.head(), body,
+              std::chrono::system_clock::now()});
   service_.recorder.add(request);
   const std::string host = hostOfAuthority(head.header("Host"));
   if (const Answer* answer = service_.scenario.routes().find(host, head.path)) {

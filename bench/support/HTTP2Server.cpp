@@ -24,7 +24,9 @@ pid nginx.pid;
 error_log error.log;
 events { worker_connections 512; }
 http {
-  access_log off;
+  map $connection_requests $isFirst { 1 1; default 0; }
+  log_format connection $connection;
+  access_log connections.log connection if=$isFirst;
   client_body_temp_path bodies;
   proxy_temp_path proxy;
   fastcgi_temp_path fastcgi;
@@ -115,6 +117,13 @@ platform::URLSessionConfiguration HTTP2Server::configuration() const {
     configuration.connectTo.push_back({host, 443, "127.0.0.1", port_});
   }
   return configuration;
+}
+
+std::size_t HTTP2Server::connections() const {
+  std::ifstream log(folder_.path() / "connections.log");
+  std::size_t count = 0;
+  for (std::string line; std::getline(log, line);) ++count;
+  return count;
 }
 
 SilentServer::SilentServer() : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {

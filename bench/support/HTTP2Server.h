@@ -25,6 +25,9 @@ class HTTP2Server {
   /// A session's configuration that trusts the server and finds the hosts there.
   platform::URLSessionConfiguration configuration() const;
 
+  /// How many connections have had a request answered.
+  std::size_t connections() const;
+
  private:
   void writeCertificate() const;
   void writeConfiguration() const;

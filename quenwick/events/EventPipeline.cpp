@@ -16,7 +16,8 @@ constexpr std::size_t kStepsPerTurn = 64;
 /// Some beyond those on the wire, which the loading thread goes on with when answers come, while
 /// the next ones are still being made.
 constexpr std::size_t kMostInFlight = platform::URLSession::kMostAtOnce + 16;
-constexpr std::size_t kCompany = 4;
+/// Once all places are taken: how many are free before the next sends begin.
+constexpr std::size_t kFreeBeforeNext = 4;
 
 }  // namespace
 
@@ -43,15 +44,29 @@ void EventPipeline::tellUnsound(const std::exception_ptr& exception) {
 }
 
 /// Whether there is room for an event; where there is none it is dropped, which a line will say.
+/// One that all the room there is would not do for is refused, in its turn.
 bool EventPipeline::admit(std::size_t bytes) {
-  if (waitingBytes_.fetch_add(bytes) + bytes <= kMostWaiting) {
+  auto waiting = waitingBytes_.load();
+  while (bytes <= kMostWaiting - waiting) {
+    if (!waitingBytes_.compare_exchange_weak(waiting, waiting + bytes)) continue;
     ledger_.offer(EventState::waiting);
     return true;
   }
-  waitingBytes_ -= bytes;
+  bytes > kMostWaiting ? refuseTooLarge() : drop();
+  return false;
+}
+
+void EventPipeline::refuseTooLarge() {
+  ledger_.offer(EventState::waiting);
+  post([](EventPipeline& self) {
+    refuseEvent(kTooLarge);
+    self.settle(0, EventState::refusedUnsound);
+  });
+}
+
+void EventPipeline::drop() {
   ledger_.offer(EventState::droppedOverflow);
   noteDrop();
-  return false;
 }
 
 /// Has a line written, in its turn. Drops in a row share a step: they take no memory.
@@ -144,7 +159,7 @@ void EventPipeline::takeSteps() {
 /// Once all places are taken, some of them must be free again before sends begin: they leave
 /// in company, which costs the loading thread less.
 void EventPipeline::startSends() {
-  if (isFull_ && inFlight_ > kMostInFlight - kCompany) return;
+  if (isFull_ && inFlight_ > kMostInFlight - kFreeBeforeNext) return;
   auto repository = this->repository();
   if (!repository) return;
   platform::LoadsTogether together;

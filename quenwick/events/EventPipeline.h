@@ -110,6 +110,8 @@ class EventPipeline : public std::enable_shared_from_this<EventPipeline> {
                                    Payload payload);
 
   bool admit(std::size_t bytes);
+  void refuseTooLarge();
+  void drop();
   void push(std::unique_ptr<Step> step);
   void noteDrop();
   void end(Ended ended);

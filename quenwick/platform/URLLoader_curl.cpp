@@ -18,7 +18,8 @@ namespace {
 
 constexpr std::size_t kConnectionsPerHost = 6;
 constexpr std::size_t kSpareHandles = 64;
-constexpr std::size_t kCompany = 4;
+/// How many loads there are when what they send is held to be written together.
+constexpr std::size_t kWorthHolding = 4;
 
 std::shared_ptr<CURLM> makeMulti() {
   std::shared_ptr<CURLM> multi(makeCloseOnExecMulti(), curl_multi_cleanup);
@@ -163,7 +164,7 @@ void URLLoader::run() {
 /// Loads that begin together are written together. They are driven a second time, as curl may
 /// forget to look again at a transfer whose answer another one of the connection has read.
 void URLLoader::drive() {
-  bool isInCompany = hasBegun_ && loads_.size() >= kCompany;
+  bool isInCompany = hasBegun_ && loads_.size() >= kWorthHolding;
   if (isInCompany) OpenSockets::shared().hold();
   for (bool goesOn = true; goesOn;) {
     bool hadBegun = std::exchange(hasBegun_, false);

@@ -183,6 +183,7 @@ TEST_F(EventManagerTest, WhatIsUnsoundIsRefusedInTheOrderOfTheCalls) {
   manager_->logCustomEvent("text", {{"name", "\xff\xfe"}});
   manager_->logCustomEvent("deep", {{"list", tests::nested(100'000)}});
   manager_->logCustomEvent("huge", {{"text", std::string(2 << 20, 'x')}});
+  manager_->logCustomEvent("vast", {{"text", std::string(200 << 20, 'x')}});
   manager_->sendEvent({{"event", "own"}, {"ratio", std::nan("")}});
   manager_->productViewed(ProductProperties{.id = "1", .price = std::nan("")});
   manager_->identifyUser("\xff");
@@ -196,10 +197,11 @@ TEST_F(EventManagerTest, WhatIsUnsoundIsRefusedInTheOrderOfTheCalls) {
                    "error: Could not log event - name holds text that is not UTF-8.",
                    "error: Could not log event - it is nested too deeply.",
                    "error: Could not log event - it is larger than 1 MiB.",
+                   "error: Could not log event - it is larger than 1 MiB.",
                    "error: Could not log event - ratio is not a finite number.",
                    "error: Could not log event - price is not a finite number.",
                    "error: Could not log event - user_id holds text that is not UTF-8."}));
-  EXPECT_EQ(count(EventState::refusedUnsound), 10U);
+  EXPECT_EQ(count(EventState::refusedUnsound), 11U);
   EXPECT_TRUE(service_.receivedPaths().empty());
 }
 

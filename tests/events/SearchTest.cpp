@@ -3,6 +3,7 @@
 
 #include "quenwick/platform/MainActor.h"
 #include "tests/events/EventTest.h"
+#include "tests/support/IdlePool.h"
 
 namespace quenwick {
 namespace {
@@ -164,9 +165,13 @@ TEST_F(SearchTest, AFlushSendsAWaitingSearchAtOnceAndOnce) {
 TEST_F(SearchTest, ASearchIsDroppedWithItsManager) {
   search("boots");
   settle();
-  manager_.reset();
+  manager_ = std::make_unique<BehaviorEventManager>(platform::URLSession::make(), scheduler_);
+  start();
   scheduler_->advance(10s);
-  EXPECT_TRUE(arrived().empty());
+  tests::untilPoolIsIdle();
+  manager_->logCustomEvent("later", {});
+  ASSERT_TRUE(flush());
+  EXPECT_EQ(service_.receivedPaths().size(), 1U);
 }
 
 }  // namespace

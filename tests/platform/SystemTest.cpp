@@ -7,6 +7,7 @@
 #include "quenwick/platform/Calendar.h"
 #include "quenwick/platform/HostConfiguration.h"
 #include "quenwick/platform/UUID.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace quenwick::platform {
 namespace {
@@ -28,6 +29,33 @@ TEST(Calendar, DaysAreCalendarDaysAcrossAChangeOfTheClocks) {
   auto after = Calendar::addingDays(4, before + std::chrono::microseconds(250'000));
   ASSERT_TRUE(after);
   EXPECT_EQ(*after - before, std::chrono::hours(4 * 24 + 1) + std::chrono::microseconds(250'000));
+}
+
+TEST(TimeZone, IsNamedHoweverItIsTold) {
+  tests::TemporaryDirectory folder;
+  auto link = folder.path() / "mine";
+  std::filesystem::create_symlink("/usr/share/zoneinfo/Asia/Tokyo", link);
+  for (const auto& [told, name] : std::initializer_list<std::pair<std::string, std::string>>{
+           {"Europe/Berlin", "Europe/Berlin"},
+           {":Europe/Berlin", "Europe/Berlin"},
+           {"posix/Europe/Paris", "Europe/Paris"},
+           {"/usr/share/zoneinfo/Asia/Tokyo", "Asia/Tokyo"},
+           {":/usr/share/zoneinfo/right/Asia/Tokyo", "Asia/Tokyo"},
+           {link.string(), "Asia/Tokyo"},
+           {"Etc/GMT+5", "Etc/GMT+5"},
+           {"UTC0", "UTC"},
+           {"CET-1CEST", "UTC"},
+           {"/etc/passwd", "UTC"},
+           {"../../../etc/passwd", "UTC"},
+           {"Europe", "UTC"},
+           {"Nowhere/Land", "UTC"}}) {
+    setenv("TZ", told.c_str(), 1);
+    EXPECT_EQ(TimeZone::currentIdentifier(), name) << told;
+  }
+  unsetenv("TZ");
+  auto system = TimeZone::currentIdentifier();
+  setenv("TZ", ":/etc/localtime", 1);
+  EXPECT_EQ(TimeZone::currentIdentifier(), system);
 }
 
 TEST(UUID, IsReadInEitherCaseAndKeptInUpperCase) {

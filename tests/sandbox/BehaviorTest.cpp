@@ -308,6 +308,8 @@ TEST_F(BehaviorTest, AnEventThatBreaksARuleIsRefusedNamingTheField) {
        "unknown key"},
       {kProduct, R"("app")", R"("web":1,"app")", "channel.web", "unknown key"},
       {kProduct, R"("event")", R"("library":1,"event")", "library", "unknown key"},
+      {kProduct, R"("event")", R"("type":"custom","event")", "type", "stands twice"},
+      {kProduct, R"("id":"42")", R"("id":"1","id":"42")", "id", "stands twice"},
       {kProduct, R"("event")", R"("context":{},"event")", "context", "unknown key"},
       {kProduct, R"("properties")", R"("property")", "property", "unknown key"},
       {kSearch, R"("properties":{"query":"boots","url":"/s"},)", "", "properties", "is missing"},

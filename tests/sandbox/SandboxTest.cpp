@@ -186,7 +186,7 @@ TEST_F(SandboxTest, RequestsAreRecordedAsTheyCameAndInTheirOrder) {
   std::size_t position = 0;
   for (const char* part :
        {R"({"requests":[{"method":"GET","scheme":"https","host":"shop.example","path":"/first",)",
-        R"("query":"q=%41+b",)", R"("X-Odd":"a%2Fb, c")", R"("receivedAt":)",
+        R"("query":"q=%41+b",)", R"("X-Odd":"a%2Fb, c")", R"("receivedAt":)", R"("connection":1})",
         R"("method":"POST","scheme":"http","host":"www.shop.example","path":"/second")",
         R"("Content-Type":"application/x-www-form-urlencoded")", R"("body":"{\"a\":\"%20\"}")",
         R"("path":"/third")", R"(Content-Disposition: form-data; name=\"a\")",

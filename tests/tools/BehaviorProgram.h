@@ -16,8 +16,7 @@ class BehaviorProgram : public testing::Test {
  protected:
   Finished run(const std::string& key, std::vector<std::string> command,
                const std::vector<std::string>& more) {
-    command.insert(command.begin(),
-                   {QUENWICK_PROGRAM, "--home", home_.path().string(), "--verbose"});
+    command.insert(command.begin(), {QUENWICK_PROGRAM, "--home", home_.path().string()});
     command.insert(command.end(), {"--api-key", key, "--service", service_.sandbox().service()});
     for (const auto& words : {service_.options(), more}) {
       command.insert(command.end(), words.begin(), words.end());

@@ -138,6 +138,11 @@ TEST_F(SendTest, APersonIsToldTheOutcomeInWords) {
   auto identified = run("first-key", {"identify", "user-7"}, {});
   EXPECT_TRUE(identified.output.starts_with("acknowledged  identify as ")) << identified.output;
 
+  auto lessened = run("first-key", {"send", "product_viewed"},
+                      {"--properties", R"({"id": 1, "categories": [{"title": "Shoes"}]})"});
+  EXPECT_TRUE(lessened.output.starts_with("acknowledged  product_viewed as ")) << lessened.output;
+  EXPECT_NE(lessened.errors.find("id is missing"), std::string::npos) << lessened.errors;
+
   auto refused = run("first-key", {"send", "product_viewed"}, {});
   EXPECT_EQ(refused.exitCode, 1);
   EXPECT_EQ(refused.output,

@@ -24,9 +24,9 @@ struct QUENWICK_EXPORT OrderCompletedProduct {
   /// How many pieces.
   std::optional<std::int64_t> quantity = {};
 
-  /// Reads the fields by their names; "id" and "price" may be text or numbers, "quantity" is a
-  /// whole number. A field of a wrong kind is left out. None, with one error line, where there is
-  /// no id.
+  /// Reads the fields by their names; "id" may be text or an integer, "price" text or a number,
+  /// "quantity" is an integer. A field of a wrong kind is left out. None, with one error line,
+  /// where there is no id.
   static std::optional<OrderCompletedProduct> from(platform::Dictionary dictionary);
 
   /// The fields under their names, those that are none left out. None, with one error line, for

@@ -18,9 +18,9 @@ struct QUENWICK_EXPORT OrderCompletedProperties {
   /// Its lines.
   std::vector<OrderCompletedProduct> products = {};
 
-  /// Reads the fields by their names; "id" and "revenue" may be text or numbers. A field of a wrong
-  /// kind is left out, and so is, with its own error line, a product without an id. None, with an
-  /// error line, where no product is left.
+  /// Reads the fields by their names; "id" may be text or an integer, "revenue" text or a number. A
+  /// field of a wrong kind is left out, and so is, with its own error line, a product without an
+  /// id. None, with an error line, where no product is left.
   static std::optional<OrderCompletedProperties> from(platform::Dictionary dictionary);
 
   /// The fields under their names, those that are none left out. None, with one error line, for

@@ -27,9 +27,9 @@ struct QUENWICK_EXPORT ProductProperties {
   /// Whatever else the host has to say of the product.
   std::optional<platform::Dictionary> meta = {};
 
-  /// Reads the fields by their names; "id" and "price" may be text or numbers. A field of a wrong
-  /// kind is left out, and so is, with its own error line, a category without an id. None, with
-  /// one error line, where there is no id.
+  /// Reads the fields by their names; "id" may be text or an integer, "price" text or a number. A
+  /// field of a wrong kind is left out, and so is, with its own error line, a category without an
+  /// id. None, with one error line, where there is no id.
   static std::optional<ProductProperties> from(platform::Dictionary dictionary);
 
   /// The fields under their names, those that are none left out; "meta" is always there. None, with

@@ -72,7 +72,7 @@ class Checker {
 
   bool fits(std::size_t size) {
     size_ += size;
-    return size_ <= kMaximumSize || isFault("it is larger than 1 MiB");
+    return size_ <= kMaximumSize || isFault(std::string(kTooLarge));
   }
 
   std::string field(std::string_view what) const {

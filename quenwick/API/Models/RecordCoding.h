@@ -42,6 +42,9 @@ platform::Dictionary encode(ProductSearchedProperties record);
 platform::Dictionary encode(OrderCompletedProduct record);
 platform::Dictionary encode(OrderCompletedProperties record);
 
+/// Why an event or a record with more than 1 MiB of text is refused.
+inline constexpr std::string_view kTooLarge = "it is larger than 1 MiB";
+
 /// "type" and "event", to which the rest of an event is added.
 platform::Dictionary eventFields(std::string_view type, std::string event);
 
