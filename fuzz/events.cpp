@@ -1,5 +1,6 @@
-// The name of a record, and a host's dictionary for it as JSON. In its texts "<nan>" stands for a
-// number that is none, "<inf>" for an infinite one, "<bytes>" for bytes that are no text.
+// The name of a record, behind a blank an order's rules key, and a host's dictionary for it as
+// JSON. In its texts "<nan>" stands for a number that is none, "<inf>" for an infinite one,
+// "<bytes>" for bytes that are no text.
 
 #include <algorithm>
 #include <cmath>
@@ -8,6 +9,7 @@
 
 #include "fuzz/Target.h"
 #include "quenwick/API/Models/CustomEventContainer.h"
+#include "quenwick/API/Models/OrderCompletedContainer.h"
 #include "quenwick/API/Models/OrderCompletedProperties.h"
 #include "quenwick/API/Models/TrackContainer.h"
 #include "quenwick/events/Footprint.h"
@@ -100,37 +102,68 @@ std::optional<Record> checkRecord(const Dictionary& given) {
   return record;
 }
 
+/// An event is refused where JSON cannot hold its fields, or they are too large, and nowhere else.
+void checkEvent(const std::optional<Dictionary>& payload, const Dictionary& fields) {
+  auto text = written(fields);
+  if (text && text->size() < kMebibyte)
+    holds(payload.has_value(), "what JSON holds is sent", *text);
+  if (!text) holds(!payload, "what JSON cannot hold is refused");
+  if (!payload) return;
+  checkPayload(*payload);
+  holds(*payload == fields, "an event holds its fields and no others", *text);
+}
+
 template <class Container, class Record>
-void checkEvent(const Dictionary& given) {
+void checkTracked(std::string_view event, const Dictionary& given) {
   auto record = checkRecord<Record>(given);
   if (!record) return;
+  holds(footprint(*record) > 0, "a record takes memory");
   auto own = record->asDictionary();
   auto payload = Container{*record}.asDictionary();
   // The event's own fields count as well.
   holds(own || !payload, "an event holds no more than its record may");
-  if (!payload) return;
-  checkPayload(*payload);
-  holds(payload->size() == 3 && *payload->find("properties") == Value(*own),
-        "an event holds its record");
+  if (own) checkEvent(payload, {{"type", "track"}, {"event", event}, {"properties", *own}});
 }
 
-/// A dictionary is refused where JSON cannot hold it, or it is too large, and nowhere else.
+void checkOrder(const Dictionary& given, const std::optional<std::string>& rulesKey) {
+  auto record = checkRecord<OrderCompletedProperties>(given);
+  if (!record) return;
+  holds(footprint(*record) > 0, "an order takes memory");
+  auto own = record->asDictionary();
+  auto payload =
+      OrderCompletedContainer(*record, {.campaign = {.rulesPicKey = rulesKey}}).asDictionary();
+  holds(own || !payload, "an event holds no more than its order may");
+  Dictionary campaign;
+  if (rulesKey) campaign.set("rules_pic_key", *rulesKey);
+  if (own) {
+    checkEvent(payload, {{"type", "track"},
+                         {"event", "order_completed"},
+                         {"context", Dictionary{{"campaign", campaign}}},
+                         {"properties", *own}});
+  }
+}
+
 void checkCustom(const Dictionary& properties) {
-  auto payload = CustomEventContainer{"e", properties}.asDictionary();
-  auto text = written({{"type", "custom"}, {"event", "e"}, {"properties", properties}});
-  if (payload) checkPayload(*payload);
-  if (text && text->size() < kMebibyte)
-    holds(payload.has_value(), "what JSON holds is sent", *text);
-  if (!text) holds(!payload, "what JSON cannot hold is refused");
-  footprint(properties);
+  holds(properties.empty() || footprint(properties) > 0, "what is not empty takes memory");
+  checkEvent(CustomEventContainer{"e", properties}.asDictionary(),
+             {{"type", "custom"}, {"event", "e"}, {"properties", properties}});
 }
 
-void check(std::string_view name, const Dictionary& given) {
-  if (name == "product") checkEvent<ProductAddedContainer, ProductProperties>(given);
-  if (name == "category") checkEvent<CategoryViewedContainer, ProductCategory>(given);
-  if (name == "search") checkEvent<ProductSearchedContainer, ProductSearchedProperties>(given);
+void check(std::string_view head, const Dictionary& given) {
+  auto name = head.substr(0, head.find(' '));
+  std::optional<std::string> rulesKey;
+  if (name.size() < head.size()) rulesKey = head.substr(name.size() + 1);
+  if (name == "product") {
+    checkTracked<ProductAddedContainer, ProductProperties>("product_added", given);
+  }
+  if (name == "category") {
+    checkTracked<CategoryViewedContainer, ProductCategory>("category_viewed", given);
+  }
+  if (name == "search") {
+    checkTracked<ProductSearchedContainer, ProductSearchedProperties>("product_searched", given);
+  }
   if (name == "line") checkRecord<OrderCompletedProduct>(given);
-  if (name == "order") checkRecord<OrderCompletedProperties>(given);
+  if (name == "order") checkOrder(given, rulesKey);
   checkCustom(given);
 }
 

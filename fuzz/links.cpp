@@ -8,6 +8,7 @@
 #include "quenwick/deeplink/LinkOperations.h"
 #include "quenwick/platform/Error.h"
 #include "quenwick/platform/RegularExpression.h"
+#include "quenwick/platform/URLComponents.h"
 
 namespace quenwick::fuzz {
 namespace {
@@ -73,6 +74,20 @@ void checkDomains(const platform::URL& url, bool isTracked) {
   holds(links.contains(url) == !host.empty(), "and where a pattern of its host is found", host);
 }
 
+/// The value of the first of the URL's items with that name.
+Key firstValue(const platform::URL& url, std::string_view name) {
+  const auto items = platform::URLComponents(url).queryItems();
+  auto first = std::ranges::find(items, name, &platform::URLQueryItem::name);
+  return first == items.end() ? std::nullopt : first->value;
+}
+
+void checkItems(const platform::URL& url) {
+  holds(qwuValue(url) == firstValue(url, "qw_u"), "the link user is in the first item of its name",
+        url.absoluteString());
+  holds(shouldHaltRedirects(url) == (firstValue(url, "qw_hr") == "1"),
+        "redirects end where the first item of its name is \"1\"", url.absoluteString());
+}
+
 void checkPattern(std::string_view text, std::string_view pattern) {
   try {
     auto expression = platform::RegularExpression::compile(pattern);
@@ -98,8 +113,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     auto shape = DeeplinkPath::path(*url);
     fuzz::holds(shape == fuzz::shapeOf(link), "a link has the first shape that it holds", link);
     fuzz::checkDomains(*url, shape.has_value());
-    qwuValue(*url);
-    shouldHaltRedirects(*url);
+    fuzz::checkItems(*url);
   }
   const auto path = input.line();
   auto key = fuzz::lastKey(path, "rp", "/url");

@@ -19,6 +19,13 @@ TARGETS = [
     "/a/./b/../c", "/a/b/..", "/a/b/.", "...", "?query=only", "?", "?a=/../b", "x?y=../z",
     "/a b/c d?e=f g", "/%61%20%2F%2f", "/50%", "/%zz?%", "/u:p@x", "/with:colon",
     "/semi;colon?a;b", "/back\\slash", "/br[ack]ets{}|^`\"<>", "/ü?ü=ä",
+    "/frag#part", "https://shop.example/x#f?q", "?q#f", "https://user:pw@shop.example/in",
+    "https://SHOP.example.:443/dot", "https://127.0.0.1/ip", "  /blanks  ", "", None,
+]
+# Each leads to the place it comes from, as RFC 3986 has it, and so again and again.
+SAME_PLACE = [
+    "#only",  # curl drops the last segment and the query
+    "#",  # and the mark, too
 ]
 # What is not loaded is the destination; curl stays where it was, or takes three slashes for two.
 NOT_LOADED = {target: target for target in [
@@ -32,7 +39,7 @@ LONGEST = 20
 
 def cases():
     for status in STATUSES:
-        for target in [*TARGETS, *NOT_LOADED]:
+        for target in [*TARGETS, *SAME_PLACE, *NOT_LOADED]:
             yield status, target
     for status in (200, 201, 400, 404, 500, *NO_REDIRECTS):
         yield status, "/not/followed"
@@ -40,7 +47,8 @@ def cases():
 
 def scenario(places):
     answers = [{"at": f"{ORIGIN}/from{i}/deep/down", "status": status, "body": "",
-                "headers": {"Location": target}} for i, (status, target) in enumerate(places)]
+                "headers": {} if target is None else {"Location": target}}
+               for i, (status, target) in enumerate(places)]
     hosts = [{"at": f"https://{host}/host", "status": 200} for host in ("shop.example", "b.example")]
     return json.dumps({"answers": answers + hosts})
 
@@ -48,10 +56,18 @@ def scenario(places):
 def start_sandbox(folder, text):
     with open(f"{folder}/scenario.json", "w", encoding="utf-8") as file:
         file.write(text)
-    sandbox = subprocess.Popen([sys.argv[2], "--port", "0", "--state", folder, "--scenario",
-                                f"{folder}/scenario.json"], stdout=subprocess.PIPE, text=True)
-    head = "".join(sandbox.stdout.readline() for _ in range(3))
-    return sandbox, *re.search(r"HTTPS:.*:(\d+)\nHTTP:.*:(\d+)\nAuthority: (.*)\n", head).groups()
+    with open(f"{folder}/said", "w+", encoding="utf-8") as said:
+        sandbox = subprocess.Popen([sys.argv[2], "--port", "0", "--state", folder, "--scenario",
+                                    f"{folder}/scenario.json"], stdout=subprocess.PIPE, stderr=said,
+                                   text=True)
+        head = "".join(sandbox.stdout.readline() for _ in range(3))
+        told = re.search(r"HTTPS:.*:(\d+)\nHTTP:.*:(\d+)\nAuthority: (.*)\n", head)
+        if not told:
+            sandbox.kill()
+            sandbox.wait()
+            said.seek(0)
+            sys.exit(f"the sandbox did not start: {head}{said.read()}")
+    return sandbox, *told.groups()
 
 
 def curled(urls, authority, port, http_port):
@@ -91,6 +107,8 @@ def main():
     for url, (status, target), our, their in zip(urls, places, ours, theirs, strict=True):
         if status in NO_REDIRECTS:
             compared.append(((status, target), our, f"{status} 0 {url}"))
+        elif target in SAME_PLACE:
+            compared.append(((status, target), our, f"0 {LONGEST} {url}{target}"))
         elif target in NOT_LOADED:
             compared.append(((status, target), our, f"0 1 {NOT_LOADED[target]}"))
         else:
