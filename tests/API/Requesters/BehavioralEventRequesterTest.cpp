@@ -121,17 +121,5 @@ TEST_F(BehavioralEventRequesterTest, TheCredentialIsTheOneThatIsStoredAtTheTime)
   EXPECT_EQ(*headers.find("Authorization"), platform::Value("Basic b3RoZXI="));
 }
 
-TEST_F(BehavioralEventRequesterTest, AnAnswerThatIsNoAcknowledgementDoesNotDecode) {
-  for (const char* fault : {"missing-fields", "wrong-types", "malformed", "no-content"}) {
-    service_.setFaults("[\"" + std::string(fault) + "\"]");
-    try {
-      platform::wait(requester()->sendEvent(event()));
-      ADD_FAILURE() << fault;
-    } catch (const APIError& error) {
-      EXPECT_TRUE(std::holds_alternative<APIError::DecodeFailed>(error.kind())) << fault;
-    }
-  }
-}
-
 }  // namespace
 }  // namespace quenwick
