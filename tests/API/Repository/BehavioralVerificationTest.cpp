@@ -2,9 +2,7 @@
 
 #include "quenwick/API/APIService/APIService.h"
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
-#include "quenwick/API/Requesters/BehavioralVerificationRequestType.h"
 #include "quenwick/API/Stack/APIKeyError.h"
-#include "quenwick/API/Stack/JSONCoder.h"
 #include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/auth/SecureSessionData.h"
 #include "tests/support/ManualClock.h"

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "quenwick/API/APIService/APIService.h"
-#include "quenwick/API/Stack/APIError.h"
 #include "quenwick/API/Stack/APIKeyError.h"
 #include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/auth/SecureSessionData.h"

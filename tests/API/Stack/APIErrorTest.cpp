@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "quenwick/API/Stack/APIKeyError.h"
 #include "quenwick/API/Stack/ConvertToError.h"
 #include "quenwick/API/Stack/DecodingError.h"
 #include "quenwick/API/Stack/GeneralAPIError.h"

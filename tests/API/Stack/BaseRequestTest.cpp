@@ -6,7 +6,6 @@
 
 #include "quenwick/API/Stack/GeneralAPIError.h"
 #include "quenwick/API/Stack/URLConvertible.h"
-#include "quenwick/API/Stack/URLRequestConvertible.h"
 
 namespace quenwick {
 namespace {
