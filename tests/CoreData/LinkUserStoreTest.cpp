@@ -83,19 +83,6 @@ TEST_F(LinkUserStoreTest, AnIdentifierHasOneRecordHoweverOftenItIsSeen) {
   EXPECT_EQ(newestFirst(manager), (std::vector<std::string>{"u-1", "U-1"}));
 }
 
-TEST_F(LinkUserStoreTest, ANewRecordHasNothingSet) {
-  auto manager = open();
-  auto context = manager.backgroundContext();
-  context->performAndWait([&] {
-    auto* record = findOrCreate<DeeplinkQWU>(*context, DeeplinkQWU::searchByValuePredicate("u"));
-    EXPECT_EQ(record->value(), std::nullopt);
-    EXPECT_EQ(record->lastSeenAt(), std::nullopt);
-    record->setValue("u");
-    record->setValue(std::nullopt);
-    EXPECT_EQ(record->value(), std::nullopt);
-  });
-}
-
 TEST_F(LinkUserStoreTest, RecordsComeNewestFirstAndAreKeptAcrossLaunches) {
   const std::vector<std::string> expected = {"it's 100%", "", "%@", "undated"};
   {

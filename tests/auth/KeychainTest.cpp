@@ -21,13 +21,7 @@ class KeychainTest : public testing::TestWithParam<SecItemBackendKind> {
   Keychain keychain_{"com.example.keychain"};
 };
 
-INSTANTIATE_TEST_SUITE_P(Both, KeychainTest,
-                         testing::Values(SecItemBackendKind::secretService,
-                                         SecItemBackendKind::sealedFile),
-                         [](const auto& kind) {
-                           return kind.param == SecItemBackendKind::secretService ? "Keyring"
-                                                                                  : "SealedFile";
-                         });
+INSTANTIATE_TEST_SUITE_P(Both, KeychainTest, tests::kBothPlaces, tests::nameOf);
 
 TEST_P(KeychainTest, EachKindOfValueIsReadAsItWasSet) {
   auto uuid = *platform::UUID::parse("0f8fad5b-d9cb-469f-a165-70867728950e");

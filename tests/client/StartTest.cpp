@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "quenwick/platform/JSONSerialization.h"
 #include "tests/client/ClientHost.h"
 
 namespace quenwick::tests {
@@ -22,9 +21,8 @@ class StartTest : public ClientHost {
   }
   std::vector<Dictionary> events() {
     std::vector<Dictionary> bodies;
-    auto all = platform::JSONSerialization::parse(service_.sandbox().events());
-    for (const auto& event : *all.as<Dictionary>()->find("events")->as<List>()) {
-      bodies.push_back(*event.as<Dictionary>()->find("body")->as<Dictionary>());
+    for (const auto& event : service_.events()) {
+      bodies.push_back(*event.find("body")->as<Dictionary>());
     }
     return bodies;
   }
@@ -54,15 +52,6 @@ TEST_F(StartTest, EventsInBothFormsArriveOnceTheKeyIsProven) {
   EXPECT_EQ(names, (std::vector<std::string>{"category_viewed", "identify", "order_completed",
                                              "product_added", "product_removed", "product_searched",
                                              "product_viewed", "wished"}));
-}
-
-TEST_F(StartTest, WithoutAKeyLinksWorkAndOneLineSaysThatEventsDoNot) {
-  QWClient::start(
-      {.deeplinkDomains = {"l.example"},
-       .launchOptions = {{UIApplicationLaunchOptionsURLKey, "https://l.example/p/go/1f"}},
-       .deeplinkHandler = collect()});
-  EXPECT_EQ(results_.wait(1).size(), 1U);
-  EXPECT_EQ(logged("error: Behavioral Verification failed: API Key Not Found"), 1);
 }
 
 TEST_F(StartTest, EventsAreNotAskedForWhereTheHostWantsNone) {
@@ -130,25 +119,6 @@ TEST_F(StartTest, WhatALogHookThrowsIsOneLineOnStandardError) {
   auto errors = testing::internal::GetCapturedStderr();
   EXPECT_EQ(std::ranges::count(errors, '\n'), 1) << errors;
   EXPECT_NE(errors.find("thrown"), std::string::npos) << errors;
-}
-
-TEST_F(StartTest, AfterShutdownNothingIsCalledAndHandlersAreReleased) {
-  auto token = std::make_shared<int>();
-  startWithEvents();
-  QWClient::start({.shouldRegisterForBehaviorEvents = false,
-                   .deeplinkHandler = [token, this](const auto& result) { collect()(result); }});
-  QWClient::handleUniversalLink("https://l.example/p/go/3");  // takes a minute
-  EXPECT_TRUE(QWClient::shutdown(60s));
-  auto called = results_.wait(0).size();
-  auto said = lines_.wait(0).size();
-  EXPECT_EQ(token.use_count(), 1);
-  EXPECT_FALSE(QWClient::handleUniversalLink("https://l.example/p/go/1f"));
-  EXPECT_TRUE(std::holds_alternative<DeeplinkResolutionError>(
-      QWClient::resolve("https://l.example/p/go/1f").get()));
-  QWClient::productViewed({{"id", 1}});
-  settle();
-  EXPECT_EQ(results_.wait(0).size(), called);
-  EXPECT_EQ(lines_.wait(0).size(), said) << "the hook is the host's too";
 }
 
 }  // namespace

@@ -228,41 +228,5 @@ TEST_F(DeeplinkManagerTest, TheDelegateAnswersACompletionHandlerToo) {
   EXPECT_TRUE(delegate.seen.empty());
 }
 
-TEST_F(DeeplinkManagerTest, TheAnswerToARedirectIsHandedToACompletionHandlerToo) {
-  using Answer = std::optional<platform::URLRequest>;
-  auto sessionOfTests = session();
-  platform::URLSessionTask task;
-  for (auto [target, follows] : {std::pair("https://l.example/p/rp/1f/url?qw_u=handed", true),
-                                 {"https://l.example/p/rp/2f/url?qw_u=halted&qw_hr=1", false}}) {
-    std::promise<Answer> answer;
-    URLSessionRedirectDelegate::shared()->urlSession(
-        *sessionOfTests, task, {}, {.url = URL::parse(target)},
-        [&](Answer given) { answer.set_value(std::move(given)); });
-    auto given = answer.get_future().get();
-    ASSERT_EQ(given.has_value(), follows) << target;
-    if (given) EXPECT_EQ(given->url->absoluteString(), target);
-  }
-  EXPECT_EQ(analytics().rulesPicKey(), "2f");
-}
-
-TEST_F(DeeplinkManagerTest, ResolutionsAtOnceDoNotDisturbEachOther) {
-  std::vector<platform::TaskHandle> handles;
-  std::atomic<int> right = 0;
-  auto run = [](DeeplinkManager manager, std::string expected,
-                std::atomic<int>* count) -> platform::Task<void> {
-    if ((co_await manager.resolve()).absoluteString() == expected) ++*count;
-  };
-  for (int i = 0; i < 60; ++i) {
-    bool isApp = i % 3 == 0;
-    auto link = URL::parse(isApp ? "https://l.example/p/cp/x/c" : "https://l.example/p/go/1f");
-    auto expected =
-        isApp ? "shopapp://product/42?qw_u=app" : "https://shop.example/shoes?qw_u=third&size=42";
-    handles.push_back(
-        platform::startTask(run(DeeplinkManager(*link, session()), expected, &right)));
-  }
-  for (const auto& handle : handles) handle.wait();
-  EXPECT_EQ(right, 60);
-}
-
 }  // namespace
 }  // namespace quenwick

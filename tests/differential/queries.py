@@ -6,7 +6,7 @@ from urllib.parse import parse_qsl, quote
 import comparison
 
 TEXTS = ["", "a", "b", "A", "x y", "a+b", "a&b=c", "[]", "ü", "\u2028", "\U0001f600", "%41", "%", "/?",
-         "-._~", "!$'()*,;:@#", "\n\r\t\x00\x7f", "\"<>\\^`{|}", "key"]
+         "-._~", "!$'()*,;:@#", "\n\r\t\x00\x7f", "\"<>\\^`{|}", "key", *map(chr, range(256))]
 
 
 def make_text(numbers):

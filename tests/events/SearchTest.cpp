@@ -136,23 +136,6 @@ TEST_F(SearchTest, AMainLoopThatFailsOnceLosesNoSearch) {
   EXPECT_EQ(arrived().size(), 2U);
 }
 
-TEST_F(SearchTest, TheQuietPeriodCountsFromTheCallAndNotFromItsTurn) {
-  search("first");
-  scheduler_->advance(500ms);  // perhaps before the search has had its turn
-  settle();
-  scheduler_->advance(0ms);
-  ASSERT_TRUE(awaitSearches(1));
-}
-
-TEST_F(SearchTest, AnUnsoundSearchLeavesTheOneThatWaits) {
-  search("right");
-  manager_->productSearched(Dictionary{{"query", 7}});
-  settle();
-  scheduler_->advance(500ms);
-  ASSERT_TRUE(awaitSearches(1));
-  EXPECT_EQ(arrived(), Queries{"right"});
-}
-
 TEST_F(SearchTest, AFlushSendsAWaitingSearchAtOnceAndOnce) {
   search("boots");
   ASSERT_TRUE(flush());

@@ -54,16 +54,6 @@ class GuestTest : public testing::Test {
     UserDefaults::standard().synchronize();
   }
 
-  /// The command line of a program that uses the library and then exits.
-  std::vector<std::string> guest(const char* what, int microseconds) {
-    return {GUEST,
-            home_.path(),
-            service_.sandbox().certificateAuthority(),
-            std::to_string(service_.sandbox().port()),
-            what,
-            std::to_string(microseconds)};
-  }
-
   tests::TemporaryDirectory home_;
   tests::SandboxService service_{kScenario};
 };
@@ -118,7 +108,8 @@ TEST_F(GuestTest, ItsThreadsAreNamedAndBlockEverySignal) {
 }
 
 TEST_F(GuestTest, ItsDescriptorsDoNotReachAChildsProgram) {
-  auto finished = tests::runProgram(guest("descriptors", 0));
+  auto finished = tests::runProgram({GUEST, home_.path(), service_.sandbox().certificateAuthority(),
+                                     std::to_string(service_.sandbox().port())});
   EXPECT_EQ(finished.exitCode, 0) << finished.output << finished.errors;
 }
 
@@ -170,14 +161,6 @@ TEST_F(GuestTest, AForkedChildMayExit) {
   for (int i = 0; i < 20'000 && waitpid(child, &status, WNOHANG) == 0; ++i) usleep(1000);
   ASSERT_TRUE(WIFEXITED(status)) << "it hung, or a signal ended it";
   EXPECT_EQ(WEXITSTATUS(status), 7);
-}
-
-// The process exits in the middle of loads, writes and timers, at a moment that chance picks.
-TEST_F(GuestTest, TheProcessMayExitAtAnyMoment) {
-  for (int round = 0; round < 30; ++round) {
-    auto finished = tests::runProgram(guest("exit", round * 2700));
-    ASSERT_EQ(finished.exitCode, 0) << "round " << round << finished.errors;
-  }
 }
 
 }  // namespace

@@ -20,14 +20,6 @@ TEST(JSONSerialization, KeepsEveryBitOfNumbersAndTexts) {
   }
 }
 
-TEST(JSONSerialization, DoublesReadBackAsTheSameDoubles) {
-  for (double number : {1e300, 5e-324, -2.2250738585072014e-308, 0.1, 1 / 3.0, 1e22, -1e15, -0.0}) {
-    auto text = JSONSerialization::text(Value(number));
-    EXPECT_NE(text.find('.'), text.npos) << text;
-    EXPECT_EQ(JSONSerialization::parse(text), Value(number)) << text;
-  }
-}
-
 TEST(JSONSerialization, AmountsAreWrittenInTheirShortestForm) {
   auto expect = [](double number) {
     auto text = JSONSerialization::text(Value(number));
@@ -42,19 +34,6 @@ TEST(JSONSerialization, AmountsAreWrittenInTheirShortestForm) {
     expect(number);
     expect(-number);
   }
-}
-
-TEST(JSONSerialization, ANumberIsReadAsTheNearestDouble) {
-  for (auto [text, number] : {std::pair("0.9383958387310543", 0.9383958387310543),
-                              {"2.184467440737095516150", 2.184467440737095516150},
-                              {"-5.476201493885506e+242", -5.476201493885506e+242},
-                              {"0.11e300", 0.11e300},
-                              {"1e-400", 0.0},
-                              {"123456789012345678901", 123456789012345678901.0}}) {
-    EXPECT_EQ(JSONSerialization::parse(text), Value(number)) << text;
-  }
-  auto tiny = JSONSerialization::parse("-1e-400");
-  EXPECT_TRUE(std::signbit(*tiny.as<double>()));
 }
 
 TEST(JSONSerialization, EscapesWhatATextMayNotHold) {
@@ -93,14 +72,6 @@ TEST(JSONSerialization, TheLastOfDuplicateKeysHolds) {
   }
   many.back() = '}';
   EXPECT_EQ(JSONSerialization::parse(many), expected);
-}
-
-TEST(JSONSerialization, RefusesWhatIsNoJSON) {
-  std::string deep = std::string(10'000, '[') + std::string(10'000, ']');
-  for (const auto& text : {std::string("{"), std::string("NaN"), std::string("[1,]"),
-                           std::string("\"\xff\""), std::string("1e999"), deep, std::string()}) {
-    EXPECT_THROW(JSONSerialization::parse(text), JSONError) << text.substr(0, 20);
-  }
 }
 
 TEST(JSONSerialization, RefusesValuesThatJSONCannotHold) {

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <fstream>
 #include <limits>
 #include <random>
 
@@ -13,27 +12,6 @@
 
 namespace quenwick::platform {
 namespace {
-
-/// Follows an archive's references with a reader that is not ours, and prints what it finds.
-constexpr auto kRead = R"(
-import plistlib, sys
-archive = plistlib.load(open(sys.argv[1], "rb"), fmt=plistlib.FMT_BINARY)
-assert archive["$archiver"] == "NSKeyedArchiver" and archive["$version"] == 100000
-objects = archive["$objects"]
-assert objects[0] == "$null" and list(archive["$top"]) == ["root"]
-def resolve(reference):
-    item = objects[reference.data]
-    if not isinstance(item, dict): return item
-    described = objects[item["$class"].data]
-    assert described["$classes"] == [described["$classname"], "NSObject"]
-    name = described["$classname"]
-    if name == "NSNull": return None
-    if name == "NSArray": return [resolve(i) for i in item["NS.objects"]]
-    assert name == "NSDictionary"
-    keys = [resolve(i) for i in item["NS.keys"]]
-    return dict(zip(keys, [resolve(i) for i in item["NS.objects"]]))
-print(repr(resolve(archive["$top"]["root"])))
-)";
 
 /// Writes the archive whose objects are the given ones, in Python's words.
 constexpr auto kWrite = R"(
@@ -48,12 +26,6 @@ plistlib.dump(archive, open(sys.argv[1], "wb"), fmt=plistlib.FMT_BINARY)
 
 class KeyedArchiveTest : public testing::Test {
  protected:
-  std::string asPythonReads(const Bytes& archive) {
-    std::ofstream(file_, std::ios::binary) << archive;
-    auto read = tests::runProgram({"python3", "-c", kRead, file_});
-    return read.exitCode == 0 ? read.output.substr(0, read.output.size() - 1) : read.errors;
-  }
-
   Bytes fromPython(const std::string& objects, const std::string& changes = "{}") {
     auto made = tests::runProgram({"python3", "-c", kWrite, file_, objects, changes});
     EXPECT_EQ(made.exitCode, 0) << made.errors;
@@ -64,30 +36,16 @@ class KeyedArchiveTest : public testing::Test {
   const std::string file_ = folder_.path() / "archive";
 };
 
-TEST_F(KeyedArchiveTest, AnyReaderFindsTheObjectThatWasArchived) {
-  const std::vector<std::pair<Value, std::string>> cases = {
-      {0, "0"},
-      {-5, "-5"},
-      {std::numeric_limits<std::int64_t>::min(), "-9223372036854775808"},
-      {std::numeric_limits<std::uint64_t>::max(), "18446744073709551615"},
-      {0.1F, "0.10000000149011612"},
-      {1763726400.123456, "1763726400.123456"},
-      {HUGE_VAL, "inf"},
-      {true, "True"},
-      {false, "False"},
-      {"", "''"},
-      {"grün 👍", "'grün 👍'"},
-      {"\xff\x01", "b'\\xff\\x01'"},
-      {nullptr, "None"},
-      {List{}, "[]"},
-      {List{1, List{"a", 1.5}, nullptr, nullptr}, "[1, ['a', 1.5], None, None]"},
-      {Dictionary{{"b", 1}, {"a", List{true}}, {"", Dictionary{}}},
-       "{'b': 1, 'a': [True], '': {}}"}};
-  for (const auto& [value, expected] : cases) {
+// What JSON cannot say; all else is compared with another reader.
+TEST_F(KeyedArchiveTest, BytesAndNumbersThatAreNotInJSONComeBackAsTheyWere) {
+  for (const auto& [value, object] :
+       std::vector<std::pair<Value, Bytes>>{{"\xff\x01", "\x42\xff\x01"},
+                                            {0.1F, "\x22\x3d\xcc\xcc\xcd"},
+                                            {HUGE_VAL, Bytes("\x22\x7f\x80\0\0", 5)}}) {
     auto archive = KeyedArchive::archivedData(value);
-    ASSERT_TRUE(archive) << expected;
-    EXPECT_EQ(asPythonReads(*archive), expected);
-    EXPECT_EQ(KeyedArchive::unarchivedObject(*archive), value) << expected;
+    ASSERT_TRUE(archive);
+    EXPECT_NE(archive->find(object), archive->npos) << testing::PrintToString(*archive);
+    EXPECT_EQ(KeyedArchive::unarchivedObject(*archive), value);
   }
 }
 

@@ -34,13 +34,7 @@ class SecItemTest : public testing::TestWithParam<SecItemBackendKind> {
   tests::SecretPlace place_{GetParam()};
 };
 
-INSTANTIATE_TEST_SUITE_P(Both, SecItemTest,
-                         testing::Values(SecItemBackendKind::secretService,
-                                         SecItemBackendKind::sealedFile),
-                         [](const auto& kind) {
-                           return kind.param == SecItemBackendKind::secretService ? "Keyring"
-                                                                                  : "SealedFile";
-                         });
+INSTANTIATE_TEST_SUITE_P(Both, SecItemTest, tests::kBothPlaces, tests::nameOf);
 
 TEST_P(SecItemTest, EveryCallTellsWhatItFound) {
   auto& store = open();
@@ -173,19 +167,6 @@ TEST_P(SecItemTest, ACallerThatGaveUpHasWrittenNothing) {
   end.release();
   keysThread().drain(std::chrono::minutes(1));
   EXPECT_EQ(data(open(), "account"), std::nullopt);
-}
-
-Task<OSStatus> addedByATask(SecItemStore* store) {
-  co_return co_await onKeysThread([store] {
-    bool isCurrent = keysThread().isCurrent();
-    return isCurrent ? add(*store, "account", "value") : errSecIO;
-  });
-}
-
-TEST_P(SecItemTest, ATaskUsesTheKeychainOnItsThread) {
-  auto& store = open();
-  EXPECT_EQ(wait(addedByATask(&store)), errSecSuccess);
-  EXPECT_EQ(data(store, "account"), "value");
 }
 
 TEST_P(SecItemTest, WhereSecretsAreKeptIsLoggedOnceAndTheSecretsNever) {

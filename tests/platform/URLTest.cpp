@@ -56,33 +56,6 @@ TEST(URL, IsRefusedWithBlanksControlBytesOrBrokenGrammar) {
   }
 }
 
-TEST(URL, ResolvesReferencesAsTheStandardSays) {
-  auto base = URL::parse("http://a/b/c/d;p?q").value();
-  const std::pair<const char*, const char*> table[] = {
-      {"g:h", "g:h"},
-      {"g", "http://a/b/c/g"},
-      {"./g/", "http://a/b/c/g/"},
-      {"/g", "http://a/g"},
-      {"//g", "http://g"},
-      {"?y", "http://a/b/c/d;p?y"},
-      {"g?y", "http://a/b/c/g?y"},
-      {"#s", "http://a/b/c/d;p?q#s"},
-      {";x", "http://a/b/c/;x"},
-      {"..", "http://a/b/"},
-      {"../../../g", "http://a/g"},
-      {"g/../h", "http://a/b/c/h"},
-      {"g?y/../x", "http://a/b/c/g?y/../x"},
-      {"%2e%2f/~x?a=%zz", "http://a/b/c/%2e%2f/~x?a=%zz"},
-  };
-  for (const auto& [reference, expected] : table) {
-    auto url = URL::parse(reference, base);
-    ASSERT_TRUE(url) << reference;
-    EXPECT_EQ(url->absoluteString(), expected) << reference;
-  }
-  EXPECT_EQ(URL::parse("x", URL::parse("HTTPS://Ü.example/%7e/y").value())->absoluteString(),
-            "HTTPS://Ü.example/%7e/x");
-}
-
 TEST(URL, OriginsAreEqualWhereTheServerIs) {
   auto origin = [](const char* text) { return URL::parse(text)->origin(); };
   EXPECT_EQ(origin("https://Shop.example/x"), origin("HTTPS://shop.example:443/y"));

@@ -8,11 +8,12 @@
 
 #include <csignal>
 #include <stdexcept>
+#include <utility>
 
 namespace quenwick::tests {
 namespace {
 
-constexpr int kPatience = 60'000;  // milliseconds
+using Clock = std::chrono::steady_clock;
 
 struct Pipe {
   Pipe() {
@@ -23,7 +24,7 @@ struct Pipe {
 
 }  // namespace
 
-Daemon::Daemon(const std::vector<std::string>& words, const std::string& input) {
+Daemon::Daemon(const std::vector<std::string>& words) {
   Pipe in;
   Pipe out;
   posix_spawn_file_actions_t actions;
@@ -40,29 +41,43 @@ Daemon::Daemon(const std::vector<std::string>& words, const std::string& input) 
   posix_spawn_file_actions_destroy(&actions);
   close(in.ends[0]);
   close(out.ends[1]);
+  input_ = in.ends[1];
   output_ = out.ends[0];
-  [[maybe_unused]] auto written = write(in.ends[1], input.data(), input.size());
-  close(in.ends[1]);
   if (error != 0) throw std::runtime_error(words.front() + " did not start");
 }
 
 Daemon::~Daemon() {
+  endInput();
+  signal(SIGTERM);
+  wait(std::chrono::seconds(5));
   kill();
   close(output_);
 }
 
-std::string Daemon::line() {
+void Daemon::tell(const std::string& text) {
+  if (write(input_, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+    throw std::runtime_error("the program does not listen");
+  }
+}
+
+void Daemon::endInput() {
+  if (input_ >= 0) close(std::exchange(input_, -1));
+}
+
+std::optional<std::string> Daemon::line(std::chrono::milliseconds patience) {
+  auto end = Clock::now() + patience;
   for (;;) {
-    if (auto end = pending_.find('\n'); end != pending_.npos) {
-      auto line = pending_.substr(0, end);
-      pending_.erase(0, end + 1);
+    if (auto mark = pending_.find('\n'); mark != pending_.npos) {
+      auto line = pending_.substr(0, mark);
+      pending_.erase(0, mark + 1);
       return line;
     }
+    auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
     pollfd waiting{output_, POLLIN, 0};
-    char bytes[1024];
-    if (poll(&waiting, 1, kPatience) <= 0) return {};
+    char bytes[4096];
+    if (left < 0 || poll(&waiting, 1, static_cast<int>(left)) <= 0) return std::nullopt;
     auto size = read(output_, bytes, sizeof bytes);
-    if (size <= 0) return {};
+    if (size <= 0) return std::nullopt;
     pending_.append(bytes, static_cast<std::size_t>(size));
   }
 }
@@ -72,15 +87,14 @@ void Daemon::signal(int number) const {
 }
 
 void Daemon::kill() {
-  if (process_ <= 0) return;
-  ::kill(process_, SIGKILL);
-  waitpid(process_, nullptr, 0);
-  process_ = 0;
+  signal(SIGKILL);
+  wait();
 }
 
-int Daemon::wait() {
+int Daemon::wait(std::chrono::milliseconds patience) {
+  auto end = Clock::now() + patience;
   int status = 0;
-  for (int i = 0; i < kPatience; ++i) {
+  while (process_ > 0 && Clock::now() < end) {
     if (waitpid(process_, &status, WNOHANG) == process_) {
       process_ = 0;
       return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);

@@ -57,7 +57,7 @@ Keyring::Keyring() {
       << R"(<allow receive_sender="*"/><allow own="*"/></policy></busconfig>)";
   bus_ = std::make_unique<Daemon>(std::vector<std::string>{
       "dbus-daemon", "--config-file=" + configuration.string(), "--nofork", "--print-address=1"});
-  address_ = bus_->line();
+  address_ = bus_->line().value_or("");
   if (address_.empty()) throw std::runtime_error("the bus did not start");
   start();
 }
@@ -74,7 +74,9 @@ void Keyring::start() {
     words.emplace_back(word);
   }
   words.push_back("--control-directory=" + folder_.path().string());
-  keyring_ = std::make_unique<Daemon>(words, kPassword);
+  keyring_ = std::make_unique<Daemon>(words);
+  keyring_->tell(kPassword);
+  keyring_->endInput();
   auto connection = connect(address_);
   for (int i = 0; i < 30'000; ++i) {
     if (hasPlaceForSecrets(connection)) return;

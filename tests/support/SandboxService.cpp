@@ -7,6 +7,17 @@
 
 namespace quenwick::tests {
 
+using platform::Dictionary;
+
+std::vector<Dictionary> listed(const std::string& json, const char* name) {
+  auto all = platform::JSONSerialization::parse(json);
+  std::vector<Dictionary> entries;
+  for (const auto& entry : *all.as<Dictionary>()->find(name)->as<platform::List>()) {
+    entries.push_back(*entry.as<Dictionary>());
+  }
+  return entries;
+}
+
 SandboxService::SandboxService(std::string scenario) {
   sandbox::Options options;
   options.state = folder_.path();
@@ -39,13 +50,18 @@ std::vector<std::string> SandboxService::options() const {
   return words;
 }
 
+std::vector<Dictionary> SandboxService::requests() const {
+  return listed(sandbox_->requests(), "requests");
+}
+
+std::vector<Dictionary> SandboxService::events() const {
+  return listed(sandbox_->events(), "events");
+}
+
 std::vector<std::string> SandboxService::received() const {
   std::vector<std::string> lines;
-  auto all = platform::JSONSerialization::parse(sandbox_->requests());
-  const auto& requests = *all.as<platform::Dictionary>()->find("requests");
-  for (const auto& request : *requests.as<platform::List>()) {
-    const auto& fields = *request.as<platform::Dictionary>();
-    auto text = [&](const char* name) { return *fields.find(name)->as<std::string>(); };
+  for (const auto& request : requests()) {
+    auto text = [&](const char* name) { return *request.find(name)->as<std::string>(); };
     lines.push_back(text("method") + " " + text("host") + text("path"));
   }
   return lines;

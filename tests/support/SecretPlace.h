@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -46,6 +48,13 @@ inline bool becomes(platform::SecItemStore& store, std::string_view account,
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   return false;
+}
+
+/// Both places where secrets are kept, for tests that hold in each, and how such a test is called.
+inline const auto kBothPlaces = testing::Values(platform::SecItemBackendKind::secretService,
+                                                platform::SecItemBackendKind::sealedFile);
+inline std::string nameOf(const testing::TestParamInfo<platform::SecItemBackendKind>& place) {
+  return place.param == platform::SecItemBackendKind::secretService ? "Keyring" : "SealedFile";
 }
 
 /// A folder, and with `secretService` a keyring too, in which an application keeps secrets.

@@ -23,15 +23,6 @@ platform::URL verified(SandboxService& service) {
   return platform::wait(repository.verify(kKey));
 }
 
-std::vector<Dictionary> listed(const std::string& json, const char* name) {
-  auto all = platform::JSONSerialization::parse(json);
-  std::vector<Dictionary> entries;
-  for (const auto& entry : *all.as<Dictionary>()->find(name)->as<List>()) {
-    entries.push_back(*entry.as<Dictionary>());
-  }
-  return entries;
-}
-
 }  // namespace
 
 VerifiedService::VerifiedService()

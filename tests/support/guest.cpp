@@ -1,18 +1,15 @@
-// A host of the library: guest HOME CA PORT WHAT MICROSECONDS
-//   descriptors  loads and writes, and exits with the number of descriptors that a child's program
-//                would be left with
-//   exit         exits in the middle of loads, writes and timers, after so many microseconds
+// A host of the library: guest HOME CA PORT
+// Loads and writes, and exits with the number of descriptors that a child's program would be left
+// with.
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <set>
-#include <string>
 
 #include "quenwick/platform/HostConfiguration.h"
 #include "quenwick/platform/URLSession.h"
@@ -48,30 +45,10 @@ int countReachingDescriptors(const std::shared_ptr<URLSession>& session) {
   return count;
 }
 
-Task<void> loadForever(std::shared_ptr<URLSession> session, const char* url) {
-  for (;;) {
-    try {
-      co_await session->data({.url = URL::parse(url)});
-    } catch (const PlatformError&) {
-      continue;  // a cut connection: again
-    }
-  }
-}
-
-[[noreturn]] void exitMidFlight(const std::shared_ptr<URLSession>& session, unsigned microseconds) {
-  for (auto url : {"https://a.example/ok", "https://a.example/cut", "https://a.example/slow"}) {
-    startTask(loadForever(session, url));
-  }
-  for (int i = 0; i < 100; ++i) UserDefaults::standard().setObject(double(i), "key");
-  auto timer = postAfter(std::chrono::microseconds(microseconds), pool(), [] {});
-  usleep(microseconds);
-  std::exit(0);
-}
-
 }  // namespace
 
 int main(int count, char** words) {
-  if (count != 6) return 2;
+  if (count != 4) return 2;
   configureHost({.bundleIdentifier = "com.example.guest", .home = words[1]});
   std::ifstream authority(words[2]);
   URLSessionConfiguration configuration;
@@ -79,6 +56,5 @@ int main(int count, char** words) {
   auto port = static_cast<std::uint16_t>(std::atoi(words[3]));
   configuration.connectTo = {{"a.example", 443, "127.0.0.1", port}};
   auto session = URLSession::make(configuration, std::make_shared<URLSessionTaskDelegate>());
-  if (std::string(words[4]) == "descriptors") return countReachingDescriptors(session);
-  exitMidFlight(session, static_cast<unsigned>(std::atoi(words[5])));
+  return countReachingDescriptors(session);
 }

@@ -1,18 +1,14 @@
 // SIGKILL at random moments of resolutions: the state is never damaged, and what was reported
 // finished is there.
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <random>
 #include <set>
 
+#include "tests/support/Daemon.h"
 #include "tests/support/Program.h"
 #include "tests/support/SandboxService.h"
 
@@ -42,23 +38,7 @@ std::string scenario() {
 /// The program that resolves on and on, and the times at which its lines came.
 class Victim {
  public:
-  explicit Victim(const std::vector<std::string>& words) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) std::abort();
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    std::vector<char*> arguments;
-    for (const auto& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    if (posix_spawn(&process_, arguments[0], &actions, nullptr, arguments.data(), environ) != 0) {
-      std::abort();
-    }
-    posix_spawn_file_actions_destroy(&actions);
-    close(ends[1]);
-    output_ = ends[0];
-  }
-  ~Victim() { close(output_); }
+  explicit Victim(const std::vector<std::string>& words) : program_(words) {}
 
   /// Reads lines until the first resolution has begun and for that long after, then kills.
   void killAfter(Clock::duration duration) {
@@ -66,8 +46,7 @@ class Victim {
     while (!hasBegun() && Clock::now() < patience) readUntil(Clock::now() + duration / 10);
     readUntil(Clock::now() + duration);
     killed_ = Clock::now();
-    kill(process_, SIGKILL);
-    waitpid(process_, nullptr, 0);
+    program_.kill();
     readUntil(Clock::now() + std::chrono::milliseconds(50));
   }
 
@@ -87,31 +66,16 @@ class Victim {
  private:
   void readUntil(Clock::time_point end) {
     for (auto now = Clock::now(); now < end; now = Clock::now()) {
-      pollfd waiting{output_, POLLIN, 0};
-      auto left = std::chrono::ceil<std::chrono::milliseconds>(end - now).count();
-      if (poll(&waiting, 1, static_cast<int>(left)) <= 0) continue;
-      char bytes[4096];
-      auto size = read(output_, bytes, sizeof bytes);
-      if (size <= 0) return;
-      pending_.append(bytes, static_cast<std::size_t>(size));
-      takeLines();
-    }
-  }
-
-  void takeLines() {
-    for (auto end = pending_.find('\n'); end != pending_.npos; end = pending_.find('\n')) {
-      auto line = pending_.substr(0, end);
-      pending_.erase(0, end + 1);
-      if (line.starts_with("begin ")) begun_ = std::stoi(line.substr(6));
-      if (!line.starts_with("done ")) continue;
-      lastDone_ = std::stoi(line.substr(5));
+      auto line = program_.line(std::chrono::ceil<std::chrono::milliseconds>(end - now));
+      if (!line) return;
+      if (line->starts_with("begin ")) begun_ = std::stoi(line->substr(6));
+      if (!line->starts_with("done ")) continue;
+      lastDone_ = std::stoi(line->substr(5));
       done_.emplace_back(lastDone_, Clock::now());
     }
   }
 
-  pid_t process_ = 0;
-  int output_ = -1;
-  std::string pending_;
+  Daemon program_;
   int begun_ = -1;
   int lastDone_ = -1;
   std::vector<std::pair<int, Clock::time_point>> done_;

@@ -114,6 +114,10 @@ TEST_F(ProgramTest, BadUsageExitsWithTwoAndSaysWhy) {
                                              {"resolve", "https://a", "--cacert", "/nowhere"},
                                              {"resolve", "https://a", "--cacert", "/dev/null"},
                                              {"resolve", "https://a", "--timeout", "soon"},
+                                             {"verify"},
+                                             {"verify", "--api-key", ""},
+                                             {"verify", "--api-key", "k", "--service", "nowhere"},
+                                             {"verify", "--api-key", "k", "word"},
                                              {"state", "x"},
                                              {"--home=", "state"},
                                              {"--nonsense", "state"}}) {

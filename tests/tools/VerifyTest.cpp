@@ -137,16 +137,5 @@ TEST_F(VerifyTest, AKeyringThatHangsEndsItSoonAndLosesNothing) {
   EXPECT_EQ(requests(), asked);
 }
 
-TEST_F(VerifyTest, BadUsageExitsWithTwo) {
-  for (const auto& words : {std::vector<std::string>{"verify"},
-                            {"verify", "--api-key", ""},
-                            {"verify", "--api-key", "k", "--service", "nowhere"},
-                            {"verify", "--api-key", "k", "word"}}) {
-    auto line = words;
-    line.insert(line.begin(), QUENWICK_PROGRAM);
-    EXPECT_EQ(runProgram(line).exitCode, 2) << testing::PrintToString(words);
-  }
-}
-
 }  // namespace
 }  // namespace quenwick::tests

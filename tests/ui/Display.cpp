@@ -13,10 +13,8 @@ namespace quenwick::tests {
 
 Display::Display(int width, int height) : width_(width), height_(height) {
   auto screen = std::to_string(width) + "x" + std::to_string(height) + "x24";
-  server_ = std::make_unique<ChildProcess>(
-      std::vector<std::string>{"Xvfb", "-displayfd", "{descriptor}", "-screen", "0", screen,
-                               "-nolisten", "tcp", "-noreset"},
-      std::map<std::string, std::optional<std::string>>{});
+  server_ = std::make_unique<Daemon>(std::vector<std::string>{
+      "Xvfb", "-displayfd", "1", "-screen", "0", screen, "-nolisten", "tcp", "-noreset"});
   auto number = server_->line();
   if (!number) throw std::runtime_error("Xvfb did not start");
   name_ = ":" + *number;

@@ -49,7 +49,7 @@ class Display {
  private:
   int width_;
   int height_;
-  std::unique_ptr<ChildProcess> server_;
+  std::unique_ptr<Daemon> server_;
   std::string name_;
   XDisplay* connection_ = nullptr;
 };

@@ -14,7 +14,7 @@ Host::Host(const std::string& display, const std::string& kind) {
 }
 
 platform::Value Host::next(const std::string& key, std::optional<platform::Value> value) {
-  while (auto line = program_->line()) {
+  while (auto line = program_->line(kPatience)) {
     auto event = platform::JSONSerialization::parse(*line);
     const auto& said = *event.as<platform::Dictionary>();
     said_.push_back(said);

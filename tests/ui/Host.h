@@ -18,7 +18,7 @@ class Host {
   explicit Host(const std::string& display, const std::string& kind = "plain");
 
   ChildProcess& program() { return *program_; }
-  void tell(const std::string& command) { program_->tell(command); }
+  void tell(const std::string& command) { program_->tell(command + "\n"); }
 
   /// The first thing it says from now on that has this key, and maybe this value; null where it
   /// does not come. What came before it is kept for `said`.

@@ -2,13 +2,10 @@
 
 #include <algorithm>
 
-#include "quenwick/platform/JSONSerialization.h"
-
 namespace quenwick::tests {
 namespace {
 
 using platform::Dictionary;
-using platform::List;
 
 /// Shorter lines of a colour are those of texts.
 constexpr int kWidth = 60;
@@ -62,9 +59,8 @@ void ShopVisit::pressEscape() {
 
 std::vector<std::string> ShopVisit::reported() const {
   std::vector<std::string> all;
-  auto answer = platform::JSONSerialization::parse(service_.sandbox().events());
-  for (const auto& one : *answer.as<Dictionary>()->find("events")->as<List>()) {
-    const auto& body = *one.as<Dictionary>()->find("body")->as<Dictionary>();
+  for (const auto& one : service_.events()) {
+    const auto& body = *one.find("body")->as<Dictionary>();
     const auto* properties = body.find("properties");
     all.push_back(firstOf(body, {"event", "type"}) + " " +
                   firstOf(properties ? *properties->as<Dictionary>() : body,

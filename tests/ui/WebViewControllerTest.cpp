@@ -1,13 +1,12 @@
 #include "quenwick/ui/WebViewController.h"
 
 #include <gtest/gtest.h>
-#include <link.h>
 
 #include <stdexcept>
 
-#include "quenwick/platform/FatalError.h"
 #include "quenwick/platform/Pasteboard.h"
 #include "quenwick/state/Analytics.h"
+#include "tests/support/FatalMessage.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/ui/RecordingToolkit.h"
 
@@ -181,30 +180,9 @@ TEST_F(WebViewControllerTest, AHandlerThatThrowsEndsInOneErrorLine) {
   EXPECT_EQ(log_->count("error: "), 1);
 }
 
-TEST(WebViewController, NeedsNoWindowToolkitInTheProgram) {
-  std::string loaded;
-  dl_iterate_phdr(
-      [](dl_phdr_info* library, std::size_t, void* names) {
-        *static_cast<std::string*>(names) += std::string(library->dlpi_name) + "\n";
-        return 0;
-      },
-      &loaded);
-  EXPECT_NE(loaded.find("libcurl"), loaded.npos);
-  for (auto* name : {"libgtk", "libgdk", "libwebkit", "libX11"}) {
-    EXPECT_EQ(loaded.find(name), loaded.npos) << loaded;
-  }
-}
-
 TEST(WebViewController, CannotBeMadeFromAnArchive) {
-  platform::observeFatalErrors(
-      [](std::string_view message) { throw std::runtime_error(std::string(message)); });
-  EXPECT_THROW(
-      try { WebViewController controller{NSCoder()}; } catch (const std::runtime_error& error) {
-        EXPECT_STREQ(error.what(), "init(coder:) has not been implemented");
-        throw;
-      },
-      std::runtime_error);
-  platform::observeFatalErrors(nullptr);
+  EXPECT_EQ(tests::fatalMessage([] { WebViewController controller{NSCoder()}; }),
+            "init(coder:) has not been implemented");
 }
 
 TEST(Pasteboard, OnlyALinkOfTheWebIsAProbableOne) {

@@ -62,6 +62,17 @@ class WebViewTest : public testing::Test {
     serve({{path, {{"body", body}}}});
   }
 
+  /// Serves the page, and what its links lead to.
+  void serveSite(const std::string& body) {
+    Dictionary attached{{"Content-Disposition", "attachment; filename=a.txt"}};
+    serve({{"/page", {{"body", body}}},
+           {"/in", {{"body", "in"}}},
+           {"/web", {{"body", "web"}}},
+           {"/out", {{"body", "out"}}},
+           {"/inner", {{"body", page("")}}},
+           {"/file", {{"body", "bytes"}, {"headers", attached}}}});
+  }
+
   std::string address(const std::string& path) const {
     return "http://127.0.0.1:" + std::to_string(service_->sandbox().httpPort()) + path;
   }
@@ -94,12 +105,17 @@ class WebViewTest : public testing::Test {
   /// The query with which the path was asked for last; none where it was not.
   std::optional<std::string> query(const std::string& path) const {
     std::optional<std::string> found;
-    auto all = platform::JSONSerialization::parse(service_->sandbox().requests());
-    for (const auto& one : *all.as<Dictionary>()->find("requests")->as<List>()) {
-      const auto& request = *one.as<Dictionary>();
+    for (const auto& request : service_->requests()) {
       if (*request.find("path") == Value(path)) found = *request.find("query")->as<std::string>();
     }
     return found;
+  }
+
+  /// The URLs that are opened outside, once one is.
+  static std::vector<std::string> nextOpened() {
+    std::vector<std::string> urls;
+    eventually([&] { return !(urls = host_->opened()).empty(); });
+    return urls;
   }
 
   Dictionary closeButton() {
@@ -164,21 +180,13 @@ TEST_F(WebViewTest, ATapDoesWhatThePolicySays) {
            Case{"a file", "browser", linkTo("href=/file"), "/file", "/file", "", stays},
        }) {
     SCOPED_TRACE(what);
-    serve({{"/page", {{"body", body}}},
-           {"/in", {{"body", "in"}}},
-           {"/web", {{"body", "web"}}},
-           {"/out", {{"body", "out"}}},
-           {"/file",
-            {{"body", "bytes"},
-             {"headers", Dictionary{{"Content-Disposition", "attachment; filename=a.txt"}}}}}});
+    serveSite(body);
     show(command, "/page");
     host_->said("");
     tap();
     if (*opened) {
       auto url = *opened == '/' ? address(opened) : opened;
-      std::vector<std::string> urls;
-      EXPECT_TRUE(eventually([&] { return !(urls = host_->opened()).empty(); }));
-      EXPECT_EQ(urls, std::vector<std::string>{url});
+      EXPECT_EQ(nextOpened(), std::vector<std::string>{url});
     }
     if (*loaded) EXPECT_TRUE(eventually([&] { return query(loaded).has_value(); }));
     if (*button) EXPECT_EQ(host_->next("button"), Value(button));
@@ -221,18 +229,11 @@ TEST_F(WebViewTest, WhatNobodyTappedFollowsThePolicyForThePageItselfAlone) {
            Case{"a file", frame("src='/file?inFrame'"), "", "", false},
        }) {
     SCOPED_TRACE(what);
-    serve({{"/page", {{"body", body}}},
-           {"/out", {{"body", "out"}}},
-           {"/inner", {{"body", page("")}}},
-           {"/file",
-            {{"body", "bytes"},
-             {"headers", Dictionary{{"Content-Disposition", "attachment; filename=a.txt"}}}}}});
+    serveSite(body);
     start("message", "/page");
     if (!opened.empty()) {
       auto url = opened.front() == '/' ? address(opened) : opened;
-      std::vector<std::string> urls;
-      EXPECT_TRUE(eventually([&] { return !(urls = host_->opened()).empty(); }));
-      EXPECT_EQ(urls, std::vector<std::string>{url});
+      EXPECT_EQ(nextOpened(), std::vector<std::string>{url});
       EXPECT_EQ(host_->next("button"), Value(button));
     } else {
       EXPECT_TRUE(eventually([&] { return query("/ready").has_value(); }));
@@ -316,9 +317,7 @@ TEST_F(WebViewTest, ALinkThatLeadsElsewhereIsOpenedOutsideAndLeavesNoEmptyView) 
          {"/out", {{"body", "out"}}}});
   start("message", "/moved");
   EXPECT_TRUE(isClosed());
-  std::vector<std::string> urls;
-  EXPECT_TRUE(eventually([&] { return !(urls = host_->opened()).empty(); }));
-  EXPECT_EQ(urls, std::vector<std::string>{address("/out")});
+  EXPECT_EQ(nextOpened(), std::vector<std::string>{address("/out")});
 }
 
 TEST_F(WebViewTest, AServerThatDoesNotAnswerInTimeFailsTheLoad) {

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <limits>
-#include <random>
 
 #include "quenwick/API/Models/CustomEventContainer.h"
 #include "quenwick/API/Models/IdentifyUserContainer.h"
@@ -51,64 +50,6 @@ const ProductProperties kProduct{
     .url = URL::parse("https://shop.example/p/42?x=%20"),
     .categories = std::vector<ProductCategory>{{.id = "1", .title = "Shoes"}, {.id = "2"}},
     .meta = Dictionary{{"type", "mine"}, {"n", -9007199254740993}, {"none", nullptr}}};
-
-constexpr auto kProductJSON = R"({
-  "id": "42", "title": "Boots \"à la\" \u2028 mode", "price": "89.90",
-  "url": "https://shop.example/p/42?x=%20",
-  "categories": [{"id": "1", "title": "Shoes"}, {"id": "2"}],
-  "meta": {"type": "mine", "n": -9007199254740993, "none": null}})";
-
-TEST_F(ContainersTest, EveryKindHasItsWholeJSON) {
-  defaults_.setObject(std::string("anon-1700000000000-4821"), "com.quenwick.sdk.anonymousID");
-  analytics_.setRulesPicKey("deadbeef");
-  OrderCompletedProperties order{
-      .id = "A-1",
-      .revenue = *Decimal::parse("100.10"),
-      .products = {{.id = "42",
-                    .title = "Boots",
-                    .url = URL::parse("/p/42"),
-                    .price = 100,
-                    .quantity = std::numeric_limits<std::int64_t>::max()},
-                   {.id = "43"}}};
-  const std::string product = kProductJSON;
-  struct {
-    std::optional<Dictionary> dictionary;
-    std::string json;
-  } const kEvents[] = {
-      {ProductAddedContainer{kProduct}.asDictionary(),
-       R"({"type": "track", "event": "product_added", "properties": )" + product + "}"},
-      {ProductViewedContainer{kProduct}.asDictionary(),
-       R"({"type": "track", "event": "product_viewed", "properties": )" + product + "}"},
-      {ProductRemovedContainer{{.id = "42"}}.asDictionary(),
-       R"({"type": "track", "event": "product_removed",
-           "properties": {"id": "42", "meta": {}}})"},
-      {ProductSearchedContainer{{.query = "boots", .url = URL::parse("/s?q=boots")}}.asDictionary(),
-       R"({"type": "track", "event": "product_searched",
-           "properties": {"query": "boots", "url": "/s?q=boots"}})"},
-      {CategoryViewedContainer{{.id = "1", .title = "Shoes"}}.asDictionary(),
-       R"({"type": "track", "event": "category_viewed",
-           "properties": {"id": "1", "title": "Shoes"}})"},
-      {OrderCompletedContainer(order, analytics_).asDictionary(),
-       R"({"type": "track", "event": "order_completed",
-           "context": {"campaign": {"rules_pic_key": "deadbeef"}},
-           "properties": {"id": "A-1", "revenue": "100.1", "products": [
-             {"id": "42", "title": "Boots", "url": "/p/42", "price": "100.00",
-              "quantity": 9223372036854775807}, {"id": "43"}]}})"},
-      {CustomEventContainer{"wished", {{"type", "a"}, {"properties", 1}}}.asDictionary(),
-       R"({"type": "custom", "event": "wished", "properties": {"type": "a", "properties": 1}})"},
-      {CustomEventContainer{.event = "waved"}.asDictionary(),
-       R"({"type": "custom", "event": "waved", "properties": {}})"},
-      {IdentifyUserContainer("user-7", analytics_).asDictionary(),
-       R"({"type": "identify", "user_id": "user-7", "anonymous_id": "anon-1700000000000-4821"})"},
-  };
-  for (const auto& [dictionary, json] : kEvents) {
-    ASSERT_TRUE(dictionary) << json;
-    EXPECT_EQ(*dictionary, *JSONSerialization::parse(json).as<Dictionary>())
-        << JSONSerialization::text(*dictionary);
-    EXPECT_EQ(detour(*dictionary), dictionary);
-  }
-  EXPECT_TRUE(log_->lines().empty());
-}
 
 /// The dictionary of a container that is asked for it and kept, then moved from.
 template <class Container>
@@ -249,80 +190,6 @@ TEST_F(ContainersTest, NestingEndsWhereJSONDoes) {
     }
   }
   EXPECT_EQ(log_->lines().back(), "error: Could not log event - it is nested too deeply.");
-}
-
-/// Values of every kind, sound and unsound, nested a few levels.
-class RandomValues {
- public:
-  Value next(int levels = 3) {
-    switch (random_() % (levels > 0 ? 10 : 8)) {
-      case 0:
-        return nullptr;
-      case 1:
-        return random_() % 2 == 0;
-      case 2:
-        return -static_cast<std::int64_t>(random_() >> 1) - 1;
-      case 3:
-        return random_() | (1ULL << 63);  // smaller ones read back as signed
-      case 4:
-        return static_cast<double>(random_() % 2000) / 8 - 100;  // exact in any reader
-      case 5:
-        return isRarely() ? std::nan("") : 0.5;
-      case 6:
-      case 7:
-        return text();
-      case 8: {
-        List list;
-        for (auto size = random_() % 5; size > 0; --size) list.push_back(next(levels - 1));
-        return list;
-      }
-      default:
-        return dictionary(levels - 1);
-    }
-  }
-
-  Dictionary dictionary(int levels) {
-    Dictionary dictionary;
-    for (auto size = random_() % 5; size > 0; --size) dictionary.set(text(), next(levels));
-    return dictionary;
-  }
-
-  std::string text() {
-    static constexpr std::string_view kPieces[] = {
-        "a", "\"", "\\", "\n", "ü", "\u2028", "\U0001f600", "/", "\x7f", "\u0001", "</script>"};
-    std::string text;
-    for (auto size = random_() % 6; size > 0; --size) text += kPieces[random_() % 11];
-    if (random_() % 4 == 0) text += '\0';
-    if (isRarely()) text += "\xc3";
-    return text;
-  }
-
- private:
-  bool isRarely() { return random_() % 40 == 0; }
-
-  std::mt19937_64 random_{20'240'502};
-};
-
-TEST_F(ContainersTest, ADictionaryIsWhatTheDetourThroughJSONWouldGive) {
-  RandomValues random;
-  int sound = 0;
-  int refused = 0;
-  for (int i = 0; i < 3000; ++i) {
-    ProductProperties product{.id = random.text(), .title = random.text(), .price = random.text()};
-    if (i % 2 == 0) product.meta = random.dictionary(3);
-    Dictionary plain{{"type", "track"},
-                     {"event", "product_added"},
-                     {"properties", Dictionary{{"id", product.id},
-                                               {"title", *product.title},
-                                               {"price", *product.price->text()},
-                                               {"meta", product.meta.value_or(Dictionary{})}}}};
-    auto made = ProductAddedContainer{product}.asDictionary();
-    EXPECT_EQ(made, detour(plain));
-    ++(made ? sound : refused);
-  }
-  EXPECT_GT(sound, 500);
-  EXPECT_GT(refused, 100);
-  EXPECT_EQ(log_->lines().size(), static_cast<std::size_t>(refused));
 }
 
 }  // namespace

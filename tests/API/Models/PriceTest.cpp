@@ -8,9 +8,6 @@
 #include <limits>
 #include <random>
 
-#include "tests/support/CommaLocale.h"
-#include "tests/support/TemporaryDirectory.h"
-
 namespace quenwick {
 namespace {
 
@@ -66,19 +63,6 @@ TEST(PriceTest, HasTheDigitsOfTheCLibrary) {
     std::snprintf(expected.data(), expected.size(), "%.2f", number);
     ASSERT_EQ(Price(number).text(), expected.data());
   }
-}
-
-// With a comma for the point and a point for thousands, as the host may have set it.
-TEST(PriceTest, HasAPointInEveryLocale) {
-  tests::TemporaryDirectory home;
-  ASSERT_TRUE(tests::setCommaLocale(home.path()));
-
-  EXPECT_EQ(Price(1'234'567.891).text(), "1234567.89");
-  EXPECT_EQ(Price(1'234'567).text(), "1234567.00");
-  EXPECT_EQ(Price(0.5F).text(), "0.50");
-  ASSERT_TRUE(Decimal::parse("1234.5"));
-  EXPECT_EQ(Price(*Decimal::parse("1234.5")).text(), "1234.5");
-  EXPECT_EQ(Decimal::parse("1234,5"), std::nullopt);
 }
 
 }  // namespace

@@ -171,32 +171,6 @@ TEST_F(RecordsTest, AURLThatIsNotUTF8RefusesTheWholeRecord) {
   EXPECT_EQ(newLines(), Lines(4, kURLNotUTF8));
 }
 
-TEST_F(RecordsTest, TypedFieldsAreWrittenAsTheyAre) {
-  ProductProperties product{.id = "42",
-                            .title = "Boots",
-                            .price = 5,
-                            .url = URL::parse("https://shop.example/p/42"),
-                            .categories = std::vector<ProductCategory>{{.id = "1"}},
-                            .meta = Dictionary{{"n", std::numeric_limits<std::uint64_t>::max()}}};
-  EXPECT_EQ(product.asDictionary(),
-            (Dictionary{{"id", "42"},
-                        {"title", "Boots"},
-                        {"price", "5.00"},
-                        {"url", "https://shop.example/p/42"},
-                        {"categories", List{Dictionary{{"id", "1"}}}},
-                        {"meta", Dictionary{{"n", 18446744073709551615U}}}}));
-  EXPECT_EQ((ProductCategory{.id = "1", .title = "T"}.asDictionary()),
-            (Dictionary{{"id", "1"}, {"title", "T"}}));
-  EXPECT_EQ((ProductSearchedProperties{.query = "q"}.asDictionary()), (Dictionary{{"query", "q"}}));
-  OrderCompletedProduct line{.id = "42", .price = 0.5F, .quantity = 3};
-  EXPECT_EQ(line.asDictionary(), (Dictionary{{"id", "42"}, {"price", "0.50"}, {"quantity", 3}}));
-  EXPECT_EQ((OrderCompletedProperties{.revenue = Decimal::parse("10"), .products = {line}}
-                 .asDictionary()),
-            (Dictionary{{"revenue", "10"}, {"products", List{*line.asDictionary()}}}));
-  EXPECT_EQ(OrderCompletedProperties{}.asDictionary(), (Dictionary{{"products", List{}}}));
-  EXPECT_EQ(newLines(), Lines{});
-}
-
 TEST_F(RecordsTest, TextsAndMetaAreMovedAllTheWay) {
   Dictionary dictionary{{"id", std::string(100, 'i')},
                         {"title", std::string(100, 't')},

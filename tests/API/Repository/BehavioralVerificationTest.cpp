@@ -2,9 +2,7 @@
 
 #include "quenwick/API/APIService/APIService.h"
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
-#include "quenwick/API/Requesters/BehavioralVerificationRequestType.h"
 #include "quenwick/API/Stack/APIKeyError.h"
-#include "quenwick/API/Stack/JSONCoder.h"
 #include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/auth/SecureSessionData.h"
 #include "tests/support/ManualClock.h"
@@ -88,10 +86,7 @@ class BehavioralVerificationTest : public testing::Test {
     return !item(Item::behaviorAPIToken) && !item(Item::behaviorAPIEndpoint) && !expiry();
   }
 
-  Dictionary lastRequest() {
-    auto all = platform::JSONSerialization::parse(service_->sandbox().requests());
-    return *all.as<Dictionary>()->find("requests")->as<List>()->back().as<Dictionary>();
-  }
+  Dictionary lastRequest() { return service_->requests().back(); }
 
   std::shared_ptr<tests::RecordingLog> log_ = tests::RecordingLog::install();
   std::shared_ptr<tests::ManualClock> clock_ =
@@ -281,23 +276,6 @@ TEST_F(BehavioralVerificationTest, ASlowServiceTimesOut) {
   } catch (const APIError& error) {
     EXPECT_EQ(error.errorDescription(), "URLSessionTask failed with error: The request timed out.");
   }
-}
-
-TEST(BehavioralVerificationRequestTypeTest, IsAPostWithoutParametersOrHeadersOfItsOwn) {
-  auto made = request(BehavioralVerificationRequestType::verify);
-  EXPECT_EQ(made.method(), HTTPMethod::post);
-  EXPECT_EQ(made.path(), "/behavioral_verification");
-  EXPECT_EQ(made.parameters(), std::nullopt);
-  EXPECT_EQ(made.headers(), HTTPHeaders::defaultHeaders());
-}
-
-TEST(BehavioralVerificationContainerTest, EndsInAURLWhereItsEndpointIsOne) {
-  BehavioralVerificationContainer container{.endpoint = kEndpoint, .token = "t", .identifier = "i"};
-  EXPECT_EQ(container.endpointURL()->absoluteString(), kEndpoint);
-  EXPECT_EQ(JSONDecoder::decode<BehavioralVerificationContainer>(JSONEncoder::encode(container)),
-            container);
-  container.endpoint = "not a url";
-  EXPECT_EQ(container.endpointURL(), std::nullopt);
 }
 
 TEST(APIServiceTest, FindsTheHandshakeWithItsHost) {

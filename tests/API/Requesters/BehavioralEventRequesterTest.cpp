@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "quenwick/API/APIService/APIService.h"
-#include "quenwick/API/Stack/APIError.h"
 #include "quenwick/API/Stack/APIKeyError.h"
 #include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/auth/SecureSessionData.h"
@@ -119,18 +118,6 @@ TEST_F(BehavioralEventRequesterTest, TheCredentialIsTheOneThatIsStoredAtTheTime)
   const auto& last = all.as<Dictionary>()->find("requests")->as<platform::List>()->back();
   const auto& headers = *last.as<Dictionary>()->find("headers")->as<Dictionary>();
   EXPECT_EQ(*headers.find("Authorization"), platform::Value("Basic b3RoZXI="));
-}
-
-TEST_F(BehavioralEventRequesterTest, AnAnswerThatIsNoAcknowledgementDoesNotDecode) {
-  for (const char* fault : {"missing-fields", "wrong-types", "malformed", "no-content"}) {
-    service_.setFaults("[\"" + std::string(fault) + "\"]");
-    try {
-      platform::wait(requester()->sendEvent(event()));
-      ADD_FAILURE() << fault;
-    } catch (const APIError& error) {
-      EXPECT_TRUE(std::holds_alternative<APIError::DecodeFailed>(error.kind())) << fault;
-    }
-  }
 }
 
 }  // namespace

@@ -2,14 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-
-#include "quenwick/API/Stack/APIKeyError.h"
 #include "quenwick/API/Stack/ConvertToError.h"
 #include "quenwick/API/Stack/DecodingError.h"
 #include "quenwick/API/Stack/GeneralAPIError.h"
-#include "quenwick/platform/FatalError.h"
 #include "quenwick/platform/JSONSerialization.h"
+#include "tests/support/FatalMessage.h"
 
 namespace quenwick {
 namespace {
@@ -75,12 +72,6 @@ TEST(APIErrorTest, DescribesAWrapperThatWasGivenNoError) {
             "URLSessionTask failed with error: Unknown error occurred");
 }
 
-TEST(APIErrorTest, NamesWhatGaveNoURLOnlyWhereThatFailed) {
-  const APIError error(APIError::InvalidURL{"not a url"});
-  EXPECT_EQ(error.urlConvertible().value_or("none").description(), "not a url");
-  EXPECT_FALSE(APIError(APIError::Unknown{}).urlConvertible());
-}
-
 TEST(APIErrorTest, IsFoundBehindAnyErrorReference) {
   const APIError own(APIError::Unknown{});
   const APIError fallback(APIError::SessionTaskFailed{kInner});
@@ -92,16 +83,8 @@ TEST(APIErrorTest, IsFoundBehindAnyErrorReference) {
 }
 
 TEST(APIErrorTest, StopsOverAnErrorOfAnotherTypeWithMessageAndPlace) {
-  platform::observeFatalErrors(
-      [](std::string_view message) { throw std::runtime_error(std::string(message)); });
-  std::string message;
-  const auto line = std::to_string(__LINE__ + 2);
-  try {
-    asAPIErrorOrFail(*kInner, "No API error");
-  } catch (const std::runtime_error& error) {
-    message = error.what();
-  }
-  platform::observeFatalErrors({});
+  const auto line = std::to_string(__LINE__ + 1);
+  auto message = tests::fatalMessage([] { asAPIErrorOrFail(*kInner, "No API error"); });
   EXPECT_TRUE(message.starts_with("No API error, ")) << message;
   EXPECT_TRUE(message.ends_with("APIErrorTest.cpp:" + line)) << message;
 }
@@ -133,45 +116,11 @@ TEST(GeneralAPIErrorTest, RefusesOtherShapes) {
   }
 }
 
-TEST(ConvertToErrorTest, CapturesABodyThatDecodesAndHandsOnOneThatDoesNot) {
-  const auto convert = ConvertToError::decoding<GeneralAPIError>();
-  struct {
-    const char* body;
-    int status;
-    const char* text;
-  } const kAnswers[] = {
-      {R"({"error": "Bad key"})", 422, "422 - Bad key"},
-      {R"({"error": "Down"})", 500, "500 - Down"},
-      {R"({"error": 5})", 401, "401\n{\"error\": 5}"},
-      {"<html>", 401, "401\n<html>"},
-      {"", 503, "503\n"},
-      {"\xFF", 400, "400\n1 bytes"},
-  };
-  for (const auto& [body, status, text] : kAnswers) {
-    EXPECT_EQ(convert(body, status).errorDescription(), text);
-  }
-}
-
 TEST(ConvertToErrorTest, KeepsTheTypeOfTheDecodedError) {
   auto error = ConvertToError::decoding<GeneralAPIError>()(R"({"message": "Bad key"})", 422);
   const auto* own = dynamic_cast<const GeneralAPIError*>(error.underlyingError().get());
   ASSERT_TRUE(own);
   EXPECT_EQ(own->error, "Bad key");
-}
-
-TEST(ConvertToErrorTest, TakesAnyBodyForANetworkFailure) {
-  auto error = ConvertToError::networkError()(R"({"error": "Bad key"})", 503);
-  EXPECT_EQ(error.errorDescription(),
-            "There was a network connection error. Please try again later.");
-}
-
-TEST(APIKeyErrorTest, IsCaughtByItsTypeAndIsNoAPIError) {
-  try {
-    throw APIKeyError::missing();
-  } catch (const platform::Error& error) {
-    EXPECT_TRUE(dynamic_cast<const APIKeyError*>(&error));
-    EXPECT_EQ(asAPIError(error), nullptr);
-  }
 }
 
 }  // namespace

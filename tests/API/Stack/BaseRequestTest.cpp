@@ -6,22 +6,11 @@
 
 #include "quenwick/API/Stack/GeneralAPIError.h"
 #include "quenwick/API/Stack/URLConvertible.h"
-#include "quenwick/API/Stack/URLRequestConvertible.h"
 
 namespace quenwick {
 namespace {
 
 using platform::Dictionary;
-
-TEST(BaseRequestTest, StartsAsJSONWithTheDefaultHeaders) {
-  BaseRequest request(HTTPMethod::post, "/behavioral_verification");
-  EXPECT_EQ(request.method().rawValue, "POST");
-  EXPECT_EQ(request.path(), "/behavioral_verification");
-  EXPECT_EQ(request.parameters(), std::nullopt);
-  EXPECT_EQ(request.headers(), HTTPHeaders::defaultHeaders());
-  EXPECT_TRUE(request.exception().empty());
-  EXPECT_EQ(request.parameterEncoding(), ParameterEncoding(JSONEncoding::defaultEncoding));
-}
 
 TEST(BaseRequestTest, PutsADefaultOverAHeaderOfItsNameAtItsPlace) {
   BaseRequest request(HTTPMethod::get, "/", std::nullopt,
@@ -90,27 +79,6 @@ TEST(EncodingTypeTest, PicksTheConfiguredEncoding) {
   for (auto text : {"JSON", "json ", ""}) EXPECT_EQ(parseEncodingType(text), std::nullopt);
 }
 
-TEST(URLEncodingTest, FollowsItsThreeRules) {
-  const auto byMethod = URLEncoding::defaultEncoding.destination;
-  const std::pair<HTTPMethod, bool> kMethods[] = {
-      {HTTPMethod::get, true},    {HTTPMethod::head, true},     {HTTPMethod::delete_, true},
-      {HTTPMethod::post, false},  {HTTPMethod::put, false},     {HTTPMethod::patch, false},
-      {HTTPMethod::trace, false}, {HTTPMethod::connect, false}, {HTTPMethod::options, false},
-      {HTTPMethod{"get"}, false},
-  };
-  for (const auto& [method, inURL] : kMethods) {
-    EXPECT_EQ(encodesParametersInURL(byMethod, method), inURL) << method.rawValue;
-    EXPECT_TRUE(encodesParametersInURL(URLEncoding::queryString.destination, method));
-    EXPECT_FALSE(encodesParametersInURL(URLEncoding::httpBody.destination, method));
-  }
-  EXPECT_EQ(encode(URLEncoding::ArrayEncoding::brackets, "ids"), "ids[]");
-  EXPECT_EQ(encode(URLEncoding::ArrayEncoding::noBrackets, "ids"), "ids");
-  EXPECT_EQ(encode(URLEncoding::BoolEncoding::numeric, true), "1");
-  EXPECT_EQ(encode(URLEncoding::BoolEncoding::numeric, false), "0");
-  EXPECT_EQ(encode(URLEncoding::BoolEncoding::literal, true), "true");
-  EXPECT_EQ(encode(URLEncoding::BoolEncoding::literal, false), "false");
-}
-
 TEST(HTTPMethodTest, IsAnyTextAndTellsCaseApart) {
   std::unordered_set<HTTPMethod> methods = {HTTPMethod::get, {"GET"}, {"get"}, {""}};
   EXPECT_EQ(methods.size(), 3u);
@@ -137,17 +105,6 @@ TEST(URLConvertibleTest, YieldsAURLOrNamesWhatGaveNone) {
       EXPECT_EQ(error.urlConvertible().value_or("none").description(), text);
     }
   }
-}
-
-TEST(URLRequestConvertibleTest, OffersNoRequestWhereBuildingItThrows) {
-  struct Page : URLRequestConvertible {
-    explicit Page(URLConvertible page) : url(std::move(page)) {}
-    platform::URLRequest asURLRequest() const override { return {.url = url.asURL()}; }
-    URLConvertible url;
-  };
-  EXPECT_TRUE(Page("https://shop.example/").urlRequest());
-  EXPECT_FALSE(Page("not a url").urlRequest());
-  EXPECT_THROW(Page("not a url").asURLRequest(), APIError);
 }
 
 }  // namespace

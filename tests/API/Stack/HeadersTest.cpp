@@ -181,21 +181,13 @@ TEST(RequestExtensionsTest, RefusesABodyOnlyInAGETRequest) {
   };
   for (const auto& [method, body, isValid] : kRequests) {
     platform::URLRequest request{.url = std::nullopt, .httpMethod = method, .httpBody = body};
-    if (isValid) {
-      EXPECT_NO_THROW(validate(request)) << method.value_or("none");
-    } else {
-      EXPECT_THROW(validate(request), APIError) << method.value_or("none");
+    try {
+      validate(request);
+      EXPECT_TRUE(isValid) << method.value_or("none");
+    } catch (const APIError& error) {
+      EXPECT_FALSE(isValid) << method.value_or("none");
+      EXPECT_TRUE(error.errorDescription().ends_with("cannot have body data:\n" + *body));
     }
-  }
-}
-
-TEST(RequestExtensionsTest, CarriesTheRefusedBodyInTheError) {
-  platform::URLRequest request{.url = std::nullopt, .httpBody = "a=b"};
-  try {
-    validate(request);
-    FAIL() << "a GET request with a body passed";
-  } catch (const APIError& error) {
-    EXPECT_TRUE(error.errorDescription().ends_with("cannot have body data:\na=b"));
   }
 }
 

@@ -6,7 +6,6 @@
 
 #include "quenwick/API/Stack/APIError.h"
 #include "quenwick/API/Stack/RequestExtensions.h"
-#include "tests/support/Program.h"
 
 namespace quenwick {
 namespace {
@@ -176,45 +175,6 @@ TEST(URLEncodingTest, NoDepthExhaustsTheStackOfAThread) {
   ASSERT_EQ(pthread_create(&thread, &attributes, run, work.get()), 0);
   pthread_join(thread, nullptr);
   EXPECT_EQ(query->size(), 1 + kLevels * 6 + 4U);
-}
-
-std::string hex(std::string_view bytes) {
-  std::string out;
-  for (char c : bytes) {
-    auto byte = static_cast<unsigned char>(c);
-    out += "0123456789abcdef"[byte >> 4];
-    out += "0123456789abcdef"[byte & 15];
-  }
-  return out;
-}
-
-TEST(URLEncodingTest, EscapesAsAnotherLanguagesLibraryDoes) {
-  std::vector<std::string> texts;
-  for (int byte = 0; byte < 256; ++byte) texts.emplace_back(1, static_cast<char>(byte));
-  unsigned random = 1;
-  for (int i = 0; i < 500; ++i) {
-    std::string text;
-    for (int length = i % 40; length > 0; --length) {
-      random = random * 1664525 + 1013904223;
-      text += static_cast<char>(random >> 24);
-    }
-    texts.push_back(text);
-  }
-  for (auto text : {"", "naïve café", "日本語 🛒", "a+b=c&d[e]#f", "~-._/?"})
-    texts.emplace_back(text);
-
-  std::vector<std::string> words{
-      "/usr/bin/env", "python3", "-c",
-      "import sys, urllib.parse as u\n"
-      "for t in sys.argv[1:]: print(u.quote(bytes.fromhex(t[1:]), safe='-._~/?'))"};
-  std::string expected;
-  for (const auto& text : texts) {
-    words.push_back("x" + hex(text));
-    expected += queryEscaped(text) + "\n";
-  }
-  auto python = tests::runProgram(words);
-  ASSERT_EQ(python.exitCode, 0) << python.errors;
-  EXPECT_EQ(python.output, expected);
 }
 
 TEST(JSONEncodingTest, WritesTheBodyAndItsType) {
