@@ -389,9 +389,8 @@ TEST_F(URLSessionTest, ManyLoadsAtOnceShareThreadAndConnections) {
   service_.sandbox().forgetRequests();
   EXPECT_EQ(arrivedOf(200, "https://b.example/end"), 200);
   std::set<std::int64_t> connections;
-  auto all = JSONSerialization::parse(service_.sandbox().requests());
-  for (const auto& each : *all.as<Dictionary>()->find("requests")->as<List>()) {
-    connections.insert(*each.as<Dictionary>()->find("connection")->as<std::int64_t>());
+  for (const auto& request : service_.requests()) {
+    connections.insert(*request.find("connection")->as<std::int64_t>());
   }
   EXPECT_LE(connections.size(), 6U);
 }
