@@ -3,7 +3,6 @@
 // usage: bench_growth [waiting]
 
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <string_view>
 

@@ -1,7 +1,6 @@
 #include "sandbox/Fault.h"
 
 #include <boost/json.hpp>
-#include <string>
 
 #include "sandbox/AnswerReader.h"
 #include "sandbox/JSONNode.h"

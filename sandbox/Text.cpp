@@ -3,7 +3,6 @@
 #include <openssl/evp.h>
 #include <openssl/rand.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <vector>
 

@@ -1,6 +1,5 @@
 #include "Storefront.h"
 
-#include <cstdio>
 #include <utility>
 
 #include <quenwick/quenwick.h>

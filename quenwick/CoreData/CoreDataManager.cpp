@@ -1,7 +1,6 @@
 #include "quenwick/CoreData/CoreDataManager.h"
 
 #include <cstdio>
-#include <string>
 #include <utility>
 
 #include "quenwick/CoreData/DeeplinkQWU.h"

@@ -3,7 +3,6 @@
 #include <concepts>
 #include <functional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "quenwick/CoreData/FetchRequest.h"

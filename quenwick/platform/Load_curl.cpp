@@ -1,5 +1,6 @@
+#include "quenwick/platform/Load_curl.h"
+
 #include <algorithm>
-#include <array>
 #include <string>
 #include <utility>
 
@@ -7,7 +8,6 @@
 #include "quenwick/platform/Text.h"
 #include "quenwick/platform/TrustStore_openssl.h"
 #include "quenwick/platform/URLError_curl.h"
-#include "quenwick/platform/URLLoader_curl.h"
 
 namespace quenwick::platform {
 namespace {

@@ -1,7 +1,6 @@
 #include "quenwick/platform/ObjectStoreStatements_sqlite.h"
 
 #include <cmath>
-#include <utility>
 
 #include "quenwick/platform/PersistentStore.h"
 

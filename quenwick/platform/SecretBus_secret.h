@@ -4,7 +4,6 @@
 
 #include <functional>
 #include <memory>
-#include <string>
 
 #include "quenwick/platform/Executor.h"
 #include "quenwick/platform/SecItemBackend.h"

@@ -4,7 +4,6 @@
 #include <exception>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <semaphore>
 #include <stop_token>
 #include <utility>

@@ -3,7 +3,6 @@
 #include <concepts>
 #include <cstdint>
 #include <initializer_list>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <condition_variable>
-#include <utility>
 #include <vector>
 
 #include "quenwick/platform/Executor.h"

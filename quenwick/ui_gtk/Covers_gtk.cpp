@@ -1,6 +1,5 @@
 #include "quenwick/ui_gtk/Covers_gtk.h"
 
-#include <string_view>
 
 #include "quenwick/ui_gtk/GObjectPointer.h"
 

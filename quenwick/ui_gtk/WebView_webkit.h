@@ -3,7 +3,6 @@
 #include <webkit/webkit.h>
 
 #include <memory>
-#include <string>
 
 #include "quenwick/platform/WebView.h"
 #include "quenwick/ui_gtk/GObjectPointer.h"

@@ -2,7 +2,6 @@
 
 #include <exception>
 #include <map>
-#include <memory>
 
 #include "quenwick/API/Stack/APIError.h"
 #include "quenwick/API/Stack/ConvertToError.h"

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <map>
-#include <memory>
 #include <mutex>
 
 #include "quenwick/platform/Executor.h"
