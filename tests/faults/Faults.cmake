@@ -6,7 +6,7 @@ quenwick_program(life)
 # Kilobytes. Sanitizers keep what was freed, and notes about all memory.
 set(growth 4096)
 if(QUENWICK_SANITIZE MATCHES "address")
-  set(growth 600000)
+  set(growth 1000000)
 elseif(QUENWICK_SANITIZE)
   set(growth 200000)
 endif()
