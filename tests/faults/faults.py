@@ -4,11 +4,15 @@
 usage: faults SECONDS LIFE-PROGRAM SANDBOX-PROGRAM [--seed N] [--growth KILOBYTES] [--keep]
 
 The service stalls, cuts, answers garbage, starts again, shows a wrong certificate; the disk is full,
-read-only, damaged; the keyring is killed; the clock jumps by a year; a host is killed. Afterwards
-nothing may be lost unaccounted for, invented or sent twice. Exits with 1 where something is.
+read-only, damaged; the keyring is killed; the clock jumps by a year; a host is killed, also while
+another fault lasts. Each occurs once, then at random. Afterwards nothing may be lost unaccounted
+for, invented, sent twice, refused or still held. Exits with 1 where something is.
 """
 
 import argparse
+import collections
+import contextlib
+import errno
 import json
 import os
 import pathlib
@@ -26,6 +30,9 @@ from surroundings import Keyring, Service
 
 DISK = "24m"
 YEAR = 365 * 86400
+# Descriptors: the files of both stores where they could not be opened at first, and the connections
+# of loads that nobody waits for any more.
+OPENED = 16
 KINDS = ["server-error", "malformed", "cut", "cut-during", "wrong-types", "missing-fields",
          "unauthorized", "forbidden", "unprocessable", "no-content"]
 
@@ -53,10 +60,16 @@ class Life:
         self.process.send_signal(signal.SIGKILL)
         self.process.communicate()
 
+    def ask_to_end(self):
+        with contextlib.suppress(BrokenPipeError):
+            self.process.stdin.write("end\n")
+            self.process.stdin.flush()
+
     def end(self):
         """Ends it in order; its books."""
+        self.ask_to_end()
         try:
-            output, _ = self.process.communicate("end\n", timeout=150)
+            output, _ = self.process.communicate(timeout=150)
         except subprocess.TimeoutExpired:
             self.process.send_signal(signal.SIGABRT)
             self.process.communicate()
@@ -91,25 +104,76 @@ class Faults:
         self.life = None
         self.lives = 0
         self.killed = 0
-        self.counts = {}
-        self.largest_growth = 0
+        self.done = collections.Counter()
+        self.inside = collections.Counter()
+        self.states = collections.Counter()
+        self.largest = collections.Counter()
 
-    # Faults. Each leaves the surroundings as they were.
+    # Faults that last, for as long as a context
 
-    def pause(self, least=0.05, most=0.6):
-        time.sleep(self.random.uniform(least, most))
-
+    @contextlib.contextmanager
     def stall(self):
         with self.service.relay.stalled():
-            self.pause()
+            yield
 
-    def cut(self):
-        self.service.relay.cut()
-
+    @contextlib.contextmanager
     def noise(self):
         with self.service.relay.noisy():
             self.service.relay.cut()
-            self.pause()
+            yield
+
+    @contextlib.contextmanager
+    def wrong_certificate(self):
+        self.service.restart(self.random.choice(["expired", "unknown-issuer", "wrong-host"]))
+        yield
+        self.service.restart()
+
+    @contextlib.contextmanager
+    def full_disk(self):
+        filler = self.disk / "filler"
+        try:
+            with open(filler, "wb", buffering=0) as file:
+                while file.write(bytes(4096)):
+                    pass
+        except OSError as error:
+            assert error.errno == errno.ENOSPC, error
+        yield
+        filler.unlink()
+
+    @contextlib.contextmanager
+    def read_only_disk(self):
+        """Nobody may write there when it becomes read-only: for another life than before."""
+        self.kill()
+        self.remount("ro")
+        self.begin()
+        yield
+        self.remount("rw")
+
+    @contextlib.contextmanager
+    def dead_keyring(self):
+        self.keyring.kill()
+        yield
+        self.keyring.start()
+
+    @contextlib.contextmanager
+    def wrong_clock(self):
+        self.set_clock(self.random.choice([YEAR, -YEAR]))
+        yield
+        self.set_clock(0)
+
+    def set_clock(self, seconds):
+        """A mapped file: its integer changes for whoever reads it."""
+        self.clock.touch()
+        with open(self.clock, "r+b", buffering=0) as file:
+            file.write(struct.pack("=q", seconds))
+
+    def remount(self, mode):
+        subprocess.run(["mount", "-o", f"remount,{mode},size={DISK}", self.disk], check=True)
+
+    # Faults of a moment
+
+    def cut(self):
+        self.service.relay.cut()
 
     def wrong_answers(self):
         for part in ("events", "verification"):
@@ -125,53 +189,20 @@ class Faults:
     def restart(self):
         self.service.restart()
 
-    def wrong_certificate(self):
-        self.service.restart(self.random.choice(["expired", "unknown-issuer", "wrong-host"]))
-        self.pause()
-        self.service.restart()
-
-    def full_disk(self):
-        filler = self.disk / "filler"
-        try:
-            with open(filler, "wb", buffering=0) as file:
-                while file.write(bytes(4096)):
-                    pass
-        except OSError:
-            pass
-        self.pause()
-        filler.unlink()
-
-    def keyring_dies(self):
-        self.keyring.kill()
-        self.pause()
-        self.keyring.start()
-
-    def clock_jumps(self):
-        self.set_clock(self.random.choice([YEAR, -YEAR]))
-        self.pause()
-        self.set_clock(0)
-
-    def set_clock(self, seconds):
-        """A mapped file: its integer changes for whoever reads it."""
-        self.clock.touch()
-        with open(self.clock, "r+b", buffering=0) as file:
-            file.write(struct.pack("=q", seconds))
+    def damaged_file(self):
+        self.kill()
+        file = self.random.choice(sorted(self.home.rglob("*.sqlite")))
+        with open(file, "r+b") as opened:
+            opened.seek(self.random.randrange(max(file.stat().st_size, 1)))
+            opened.write(self.random.randbytes(2000))
+        self.begin()
 
     def kill_life(self):
-        self.life.kill()
-        self.killed += 1
-        self.life = None
-        if self.random.random() < 0.3:
-            self.damage()
-        if self.has_own_disk and self.random.random() < 0.3:
-            self.begin_on_read_only_disk()
+        self.kill()
         self.begin()
 
     def end_life(self):
-        life, self.life = self.life, None
-        self.service.clear_faults()
-        books = life.end()
-        self.check_books(life, books)
+        self.finish()
         self.begin()
 
     # Lives
@@ -180,25 +211,30 @@ class Faults:
         self.lives += 1
         self.life = Life(self, self.lives)
 
-    def begin_on_read_only_disk(self):
-        self.remount("ro")
-        self.begin()
-        self.pause(0.2, 0.5)
-        life, self.life = self.life, None
-        self.check_books(life, life.end())
-        self.remount("rw")
+    def kill(self):
+        self.life.kill()
+        self.killed += 1
 
-    def remount(self, mode):
-        subprocess.run(["mount", "-o", f"remount,{mode},size={DISK}", self.disk], check=True)
+    def finish(self):
+        self.service.clear_faults()
+        self.check_books(self.life, self.life.end())
 
-    def damage(self):
-        files = sorted(self.home.rglob("*.sqlite"))
-        if files:
-            file = self.random.choice(files)
-            size = file.stat().st_size
-            with open(file, "r+b") as opened:
-                opened.seek(self.random.randrange(max(size, 1)))
-                opened.write(self.random.randbytes(2000))
+    def pause(self):
+        time.sleep(self.random.uniform(0.05, 0.6))
+
+    def last(self, fault):
+        """While it lasts a life may be killed and the next begin, or be asked to end."""
+        with fault():
+            self.pause()
+            event = self.random.choice(["nothing", "nothing", "kill_life", "ask_to_end"])
+            if event == "kill_life":
+                self.kill_life()
+            if event == "ask_to_end":
+                self.life.ask_to_end()
+            self.inside[event] += 1
+            self.pause()
+        if event == "ask_to_end":
+            self.end_life()
 
     # Checks
 
@@ -214,10 +250,9 @@ class Faults:
                         if name in ("failed: transport", "failed: answer"))
         acknowledged = states["acknowledged"]
         assert acknowledged <= len(arrived) <= acknowledged + uncertain, told
-        self.largest_growth = max(self.largest_growth, books["grown"])
-        assert self.largest_growth < self.growth, told
-        for name, count in states.items():
-            self.counts[name] = self.counts.get(name, 0) + count
+        assert books["grown"] < self.growth and books["opened"] <= OPENED, told
+        self.states.update(states)
+        self.largest |= {name: books[name] for name in ("grown", "opened")}
 
     def check_all(self):
         begun = set()
@@ -226,8 +261,10 @@ class Faults:
         arrived = self.service.arrived
         invented = set(arrived) - begun
         assert not invented, f"invented: {sorted(invented)[:10]}"
-        twice = sorted({name for name in arrived if arrived.count(name) > 1})
+        twice = [name for name, count in collections.Counter(arrived).items() if count > 1]
         assert not twice, f"sent twice: {twice[:10]} ({len(twice)})"
+        refused = self.service.refused
+        assert not refused, f"refused by the service: {refused[:3]} ({len(refused)})"
         for file in self.home.rglob("*.sqlite"):
             if "damaged" in file.name:
                 continue
@@ -235,28 +272,33 @@ class Faults:
                 assert store.execute("pragma integrity_check").fetchone() == ("ok",), file
 
     def run(self, seconds):
-        faults = [self.stall, self.cut, self.noise, self.wrong_answers, self.cut_answers, self.restart,
-                  self.wrong_certificate, self.full_disk, self.keyring_dies, self.clock_jumps,
-                  self.kill_life, self.end_life]
+        lasting = [self.stall, self.noise, self.wrong_certificate, self.full_disk,
+                   self.read_only_disk, self.dead_keyring, self.wrong_clock]
+        moments = [self.cut, self.wrong_answers, self.cut_answers, self.restart, self.damaged_file,
+                   self.kill_life, self.end_life]
         if not self.has_own_disk:
             print("no file system may be made here: the disk is neither full nor read-only")
-            faults.remove(self.full_disk)
+            lasting = [fault for fault in lasting
+                       if fault not in (self.full_disk, self.read_only_disk)]
+        faults = lasting + moments
+        first = self.random.sample(faults, len(faults))
         self.begin()
+        self.end_life()
         end = time.monotonic() + seconds
-        done = {}
-        while time.monotonic() < end:
+        while first or time.monotonic() < end:
             self.pause()
-            fault = self.random.choice(faults)
-            done[fault.__name__] = done.get(fault.__name__, 0) + 1
-            fault()
+            fault = first.pop() if first else self.random.choice(faults)
+            if fault in lasting:
+                self.last(fault)
+            else:
+                fault()
+            self.done[fault.__name__] += 1
             if not self.life.is_running():
                 self.life.end()  # says how it ended
                 raise AssertionError(f"{self.life.prefix} ended by itself")
-        self.end_life()
-        self.life.end()
+        self.finish()
         self.service.collect()
         self.check_all()
-        return done
 
     def close(self):
         if self.life and self.life.is_running():
@@ -273,22 +315,27 @@ def main():
     parser.add_argument("life")
     parser.add_argument("sandbox")
     parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(1 << 30))
-    parser.add_argument("--growth", type=int, default=16384)
+    parser.add_argument("--growth", type=int, default=4096)
     parser.add_argument("--keep", action="store_true")
     arguments = parser.parse_args()
     print(f"seed {arguments.seed}", flush=True)
     folder = pathlib.Path(tempfile.mkdtemp(prefix="quenwick-faults-"))
     faults = Faults(arguments, folder)
     try:
-        done = faults.run(arguments.seconds)
+        faults.run(arguments.seconds)
     finally:
         faults.close()
         if not arguments.keep:
             shutil.rmtree(folder)
-    print("faults:", ", ".join(f"{name} {count}" for name, count in sorted(done.items())))
-    print(f"lives: {faults.lives}, killed {faults.killed}; largest growth {faults.largest_growth} kB")
-    print("events of lives that ended in order:",
-          ", ".join(f"{name} {count}" for name, count in faults.counts.items() if count))
+    print("faults:", listed(faults.done))
+    print("while one lasted:", listed(faults.inside))
+    print(f"lives: {faults.lives}, killed {faults.killed}; grown by {faults.largest['grown']} kB"
+          f" and {faults.largest['opened']} descriptors at most")
+    print("events of lives that ended in order:", listed(faults.states))
+
+
+def listed(counts):
+    return ", ".join(f"{name} {count}" for name, count in sorted(counts.items()) if count)
 
 
 def run_with_own_mounts():

@@ -23,7 +23,7 @@ class Relay:
         self.open = threading.Event()
         self.open.set()
         self.is_noisy = False
-        self.sockets = set()
+        self.connections = set()
         self.lock = threading.Lock()
         self.listener = socket.create_server(("127.0.0.1", 0), backlog=256)
         self.port = self.listener.getsockname()[1]
@@ -40,40 +40,48 @@ class Relay:
     def serve(self, client):
         self.open.wait()
         try:
-            if self.is_noisy or self.target is None:
-                client.sendall(self.random.randbytes(200))
-                client.close()
-                return
-            server = socket.create_connection(("127.0.0.1", self.target))
+            with self.lock:
+                server = self.connect(client)
         except OSError:
             client.close()
             return
+        threading.Thread(target=self.pump, args=(client, server), daemon=True).start()
+        self.pump(server, client)
+        client.close()
+        server.close()
         with self.lock:
-            self.sockets |= {client, server}
-        threading.Thread(target=self.pump, args=(server, client), daemon=True).start()
-        self.pump(client, server)
+            self.connections.remove((client, server))
+
+    def connect(self, client):
+        if self.is_noisy or self.target is None:
+            client.sendall(self.random.randbytes(200))
+            raise ConnectionAbortedError
+        server = socket.create_connection(("127.0.0.1", self.target))
+        self.connections.add((client, server))
+        return server
 
     def pump(self, source, sink):
-        try:
+        """Until the source's end, also where nobody takes it any more: the service ends a connection
+        once it has read all of it."""
+        with contextlib.suppress(OSError):
             while data := source.recv(65536):
                 self.open.wait()
-                sink.sendall(data)
-        except OSError:
-            pass
-        self.end({source, sink})
-
-    def end(self, sockets):
-        for one in sockets:
-            with contextlib.suppress(OSError):
-                one.shutdown(socket.SHUT_RDWR)
-            one.close()
-        with self.lock:
-            self.sockets -= sockets
+                with contextlib.suppress(OSError):
+                    sink.sendall(data)
+        with contextlib.suppress(OSError):
+            sink.shutdown(socket.SHUT_WR)
 
     def cut(self):
         with self.lock:
-            sockets = set(self.sockets)
-        self.end(sockets)
+            for client, _ in self.connections:
+                with contextlib.suppress(OSError):
+                    client.shutdown(socket.SHUT_RDWR)
+
+    def wait_until_unused(self):
+        end = time.monotonic() + 60
+        while self.connections:
+            assert time.monotonic() < end, "the service holds connections that were cut"
+            time.sleep(0.001)
 
     @contextlib.contextmanager
     def stalled(self):
@@ -98,6 +106,7 @@ class Service:
         self.relay = Relay(random)
         self.port = self.relay.port
         self.arrived = []
+        self.refused = []
         self.start()
 
     def scenario(self, certificate):
@@ -149,16 +158,13 @@ class Service:
             self.ask(host, "DELETE", f"/_sandbox/faults/{part}")
 
     def collect(self):
-        """Takes over what has arrived, once nothing more does."""
-        events = None
-        for _ in range(200):
-            latest = json.loads(self.ask(HOSTS["events"], "GET", "/_sandbox/events"))["events"]
-            if events is not None and len(latest) == len(events):
-                break
-            events = latest
-            time.sleep(0.02)
-        self.ask(HOSTS["events"], "DELETE", "/_sandbox/events")
-        self.arrived += [event["body"]["properties"]["id"] for event in latest]
+        """Takes over what this start of it accepted and refused. No life may be connected."""
+        self.relay.wait_until_unused()
+        host = HOSTS["events"]
+        accepted = json.loads(self.ask(host, "GET", "/_sandbox/events"))["events"]
+        self.arrived += [event["body"]["properties"]["id"] for event in accepted]
+        self.refused += json.loads(self.ask(host, "GET", "/_sandbox/refusals"))["refusals"]
+        self.ask(host, "DELETE", "/_sandbox/events")
 
     def arrived_of(self, life):
         self.collect()
