@@ -1,6 +1,5 @@
 #include "quenwick/client/HookLog.h"
 
-
 #include "quenwick/client/HostCalls.h"
 #include "quenwick/platform/Executor.h"
 #include "quenwick/platform/KeysThread.h"

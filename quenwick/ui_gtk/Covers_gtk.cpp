@@ -1,6 +1,5 @@
 #include "quenwick/ui_gtk/Covers_gtk.h"
 
-
 #include "quenwick/ui_gtk/GObjectPointer.h"
 
 namespace quenwick::ui {
