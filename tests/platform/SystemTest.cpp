@@ -45,8 +45,6 @@ TEST(TimeZone, IsNamedHoweverItIsTold) {
            {"Etc/GMT+5", "Etc/GMT+5"},
            {"UTC0", "UTC"},
            {"CET-1CEST", "UTC"},
-           {"/etc/passwd", "UTC"},
-           {"../../../etc/passwd", "UTC"},
            {"Europe", "UTC"},
            {"Nowhere/Land", "UTC"}}) {
     setenv("TZ", told.c_str(), 1);
