@@ -122,8 +122,9 @@ int unanswered(std::uint16_t port) {
 bool againstSilence(const char* self) {
   SilentServer server;
   tests::Daemon process({self, "unanswered", std::to_string(server.port())});
-  std::string line;
-  while (!(line = process.line()).empty() && line != "exit") std::puts(line.c_str());
+  for (auto line = process.line(); line && *line != "exit"; line = process.line()) {
+    std::puts(line->c_str());
+  }
   auto begin = Clock::now();
   if (process.wait() != 0) return false;
   print({.table = "calls",

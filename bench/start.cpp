@@ -39,9 +39,9 @@ class Service {
                         "127.0.0.1", std::to_string(sandbox_.sandbox().port()), kEventHost,
                         "127.0.0.1", std::to_string(events_.port())});
     Report report;
-    for (std::string line; !(line = host.line()).empty();) {
-      auto blank = line.find(' ');
-      report[line.substr(0, blank)] = std::stod(line.substr(blank + 1));
+    while (auto line = host.line()) {
+      auto blank = line->find(' ');
+      report[line->substr(0, blank)] = std::stod(line->substr(blank + 1));
     }
     return host.wait() == 0 ? report : Report();
   }

@@ -108,7 +108,7 @@ void print(const std::string& protocol, const std::string& what, const Traffic& 
   boost::json::object row{{"table", "wire"},    {"what", what},          {"protocol", protocol},
                           {"newUp", fresh.up},  {"newDown", fresh.down}, {"up", reused.up},
                           {"down", reused.down}};
-  std::cout << row << std::endl;
+  std::cout << *row << std::endl;
 }
 
 /// Does it twice, on a new connection and again on that one, and prints what went over it.
@@ -165,8 +165,8 @@ bool measureAll(const char* self) {
     for (const auto& what : all) {
       tests::Daemon process({self, protocol, what});
       auto row = process.line();
-      if (process.wait() != 0 || row.empty()) return false;
-      std::cout << row << std::endl;
+      if (process.wait() != 0 || !row) return false;
+      std::cout << *row << std::endl;
     }
   }
   return true;
