@@ -108,7 +108,7 @@ void print(const std::string& protocol, const std::string& what, const Traffic& 
   boost::json::object row{{"table", "wire"},    {"what", what},          {"protocol", protocol},
                           {"newUp", fresh.up},  {"newDown", fresh.down}, {"up", reused.up},
                           {"down", reused.down}};
-  std::cout << *row << std::endl;
+  std::cout << row << std::endl;
 }
 
 /// Does it twice, on a new connection and again on that one, and prints what went over it.
