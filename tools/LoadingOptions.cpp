@@ -7,6 +7,8 @@
 #include <iterator>
 #include <string>
 
+#include "quenwick/platform/Text.h"
+
 namespace quenwick::tools {
 namespace {
 
@@ -50,8 +52,7 @@ platform::URLSessionConfiguration sessionConfiguration(const Arguments& argument
   platform::URLSessionConfiguration configuration;
   if (auto file = arguments.value("--cacert")) {
     configuration.additionalTrustAnchors = fileContents(*file);
-    if (configuration.additionalTrustAnchors.find("-----BEGIN CERTIFICATE-----") ==
-        std::string::npos) {
+    if (!platform::holdsCertificate(configuration.additionalTrustAnchors)) {
       throw UsageError("the file " + *file + " holds no certificate");
     }
   }

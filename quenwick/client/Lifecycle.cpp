@@ -30,12 +30,11 @@ bool isText(const std::optional<std::string>& text) {
 
 /// What of the configuration is no use; none where all of it is.
 std::optional<std::string> faultOf(const Configuration& configuration) {
-  constexpr std::string_view kCertificate = "-----BEGIN CERTIFICATE-----";
   if (configuration.serviceURL && !webURL(*configuration.serviceURL)) {
     return "serviceURL is no URL of the web";
   }
   const auto& anchors = configuration.trustAnchors;
-  if (!anchors.empty() && anchors.find(kCertificate) == anchors.npos) {
+  if (!anchors.empty() && !platform::holdsCertificate(anchors)) {
     return "trustAnchors holds no certificate";
   }
   if (std::ranges::any_of(configuration.connectTo,

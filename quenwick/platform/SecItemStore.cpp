@@ -6,7 +6,6 @@
 #include <mutex>
 
 #include "quenwick/platform/Bundle.h"
-#include "quenwick/platform/CoarseClock.h"
 #include "quenwick/platform/KeptForGood.h"
 #include "quenwick/platform/KeysThread.h"
 #include "quenwick/platform/LogSink.h"
@@ -17,7 +16,6 @@ namespace quenwick::platform {
 namespace {
 
 constexpr std::chrono::milliseconds kPatience(1500);
-constexpr std::int64_t kLookInterval = 5'000'000;       // nanoseconds
 constexpr std::int64_t kRetryInterval = 1'000'000'000;  // nanoseconds
 
 /// A call on its way to the keychain's thread. One that its caller has given up never begins.
@@ -187,12 +185,10 @@ std::optional<OSStatus> SecItemStore::answer(const SecItemQuery& query,
   return errSecSuccess;
 }
 
-/// Looks, every few milliseconds at most, whether somebody else has changed items; and while the
-/// backend is out of reach, every second whether it is back.
+/// Looks whether somebody else has changed items; and while the backend is out of reach, every
+/// second whether it is back.
 void SecItemStore::lookForChanges() {
-  auto now = coarseNow();
-  if (now - lastLooked_.load(std::memory_order_relaxed) < kLookInterval) return;
-  lastLooked_.store(now, std::memory_order_relaxed);
+  if (!lookInterval_.isOver()) return;
   auto* backend = opened_.load();
   bool isDue = isAway_ ? isRetryDue() : backend && backend->mayHaveChanged();
   if (isDue) postLoad();

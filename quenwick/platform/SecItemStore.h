@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "quenwick/platform/CoarseClock.h"
 #include "quenwick/platform/SecItemBackend.h"
 
 namespace quenwick::platform {
@@ -68,7 +69,7 @@ class SecItemStore {
   std::atomic<std::optional<SecItemBackendKind>> kind_ = std::optional<SecItemBackendKind>();
   std::atomic<bool> isLoadComing_ = false;
   std::atomic<bool> isAway_ = false;
-  std::atomic<std::int64_t> lastLooked_ = 0;
+  LookInterval lookInterval_;
   std::atomic<std::int64_t> lastTried_ = 0;
 
   mutable std::mutex mutex_;  // never held during I/O

@@ -39,6 +39,9 @@ std::string base64Encoded(std::string_view bytes);
 /// The bytes that the text stands for; what is no Base64 in it is passed over.
 std::string base64Decoded(const std::string& text);
 
+/// Whether the text has a certificate in it, as PEM.
+bool holdsCertificate(std::string_view text);
+
 /// The SHA-256 sum of the bytes as 64 hexadecimal digits.
 std::string sha256(std::string_view bytes);
 

@@ -147,6 +147,10 @@ std::string base64Decoded(const std::string& text) {
   return {reinterpret_cast<const char*>(bytes.get()), size};
 }
 
+bool holdsCertificate(std::string_view text) {
+  return text.find("-----BEGIN CERTIFICATE-----") != text.npos;
+}
+
 std::string sha256(std::string_view bytes) {
   std::unique_ptr<char, decltype(&g_free)> text(
       g_compute_checksum_for_data(G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(bytes.data()),

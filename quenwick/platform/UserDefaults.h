@@ -12,6 +12,7 @@
 #include <string_view>
 #include <variant>
 
+#include "quenwick/platform/CoarseClock.h"
 #include "quenwick/platform/Executor.h"
 
 namespace quenwick::platform {
@@ -96,7 +97,7 @@ class UserDefaults {
   std::deque<Write> waiting_;
   bool isWriteComing_ = false;
   mutable std::atomic<std::uint64_t> seenGeneration_ = 0;
-  mutable std::atomic<std::int64_t> lastLooked_ = 0;
+  mutable LookInterval lookInterval_;
 };
 
 }  // namespace quenwick::platform

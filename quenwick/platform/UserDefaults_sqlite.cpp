@@ -3,7 +3,6 @@
 #include <cmath>
 #include <memory>
 
-#include "quenwick/platform/CoarseClock.h"
 #include "quenwick/platform/GenerationCounter.h"
 #include "quenwick/platform/HostConfiguration.h"
 #include "quenwick/platform/KeptForGood.h"
@@ -16,8 +15,6 @@
 namespace quenwick::platform {
 namespace {
 
-// How stale a look at what other processes wrote may be.
-constexpr std::int64_t kLookInterval = 5'000'000;  // nanoseconds
 constexpr std::chrono::seconds kRetryInterval(1);
 constexpr std::size_t kMaximumText = 1U << 20;
 
@@ -83,8 +80,7 @@ UserDefaults& UserDefaults::make(std::filesystem::path file) {
 UserDefaults::UserDefaults(std::filesystem::path file)
     : file_(std::move(file)),
       generation_(std::make_unique<GenerationCounter>(file_.string() + ".generation")),
-      seenGeneration_(generation_->value()),
-      lastLooked_(coarseNow()) {
+      seenGeneration_(generation_->value()) {
   try {
     open();
   } catch (const SQLiteError& error) {
@@ -225,11 +221,8 @@ void UserDefaults::beginAnew() {
   postWrite();
 }
 
-/// Looks, every few milliseconds at most, whether another process has written.
 void UserDefaults::lookForOthersWrites() const {
-  auto now = coarseNow();
-  if (now - lastLooked_.load(std::memory_order_relaxed) < kLookInterval) return;
-  lastLooked_.store(now, std::memory_order_relaxed);
+  if (!lookInterval_.isOver()) return;
   auto value = generation_->value();
   auto seen = seenGeneration_.load();
   if (seen == value || seenGeneration_.exchange(value) != seen) return;
