@@ -20,7 +20,7 @@ struct ConnectTo {
   std::string host = {};
   /// Which port of it.
   std::uint16_t port = 443;
-  /// The address or the name to connect to; must be given.
+  /// The address (of IPv6 too, with brackets or without) or the name to connect to; must be given.
   std::string toAddress = {};
   /// The port there.
   std::uint16_t toPort = 443;

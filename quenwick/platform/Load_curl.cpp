@@ -22,6 +22,13 @@ std::string_view trimmed(std::string_view text) {
   return text.substr(begin, text.find_last_not_of(" \t\r\n") + 1 - begin);
 }
 
+/// curl takes the colons of an address of IPv6 for its own, unless the address stands in brackets.
+std::string connectEntry(const ConnectTo& to) {
+  bool isBare = to.toAddress.find(':') != to.toAddress.npos && to.toAddress.front() != '[';
+  auto address = isBare ? "[" + to.toAddress + "]" : to.toAddress;
+  return to.host + ":" + std::to_string(to.port) + ":" + address + ":" + std::to_string(to.toPort);
+}
+
 }  // namespace
 
 Load::Load(std::shared_ptr<const URLRequest> request,
@@ -58,9 +65,7 @@ void Load::setUp(Easy handle) {
 void Load::setConfiguration() {
   TextList connectTo;
   for (const auto& to : configuration_->connectTo) {
-    auto entry = to.host + ":" + std::to_string(to.port) + ":" + to.toAddress + ":" +
-                 std::to_string(to.toPort);
-    connectTo.reset(curl_slist_append(connectTo.release(), entry.c_str()));
+    connectTo.reset(curl_slist_append(connectTo.release(), connectEntry(to).c_str()));
   }
   curl_easy_setopt(easy(), CURLOPT_CONNECT_TO, connectTo.get());
   handle_->connectTo = std::move(connectTo);

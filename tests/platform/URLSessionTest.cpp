@@ -246,6 +246,14 @@ TEST_F(URLSessionTest, TrustOfOneSessionIsNotAnothers) {
       << "the pool handed over a connection that this session would not have made";
 }
 
+TEST_F(URLSessionTest, ConnectionsGoToAnAddressOfIPv6WithBracketsOrWithout) {
+  for (const char* address : {"::ffff:127.0.0.1", "[::ffff:127.0.0.1]"}) {
+    auto configuration = service_.configuration();
+    configuration.connectTo = {{"", 443, address, service_.sandbox().port()}};
+    EXPECT_EQ(failure("https://a.example/echo", configuration), Failure(0, "")) << address;
+  }
+}
+
 TEST_F(URLSessionTest, CredentialsStayWithTheServerThatWasAskedWhoeverGaveThem) {
   auto configuration = service_.configuration();
   configuration.additionalHeaders = {{"Authorization", "Basic secret"}, {"X-Session", "s"}};
