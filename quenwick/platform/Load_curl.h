@@ -34,8 +34,11 @@ class Load : public std::enable_shared_from_this<Load> {
        std::shared_ptr<const URLSessionConfiguration> configuration,
        std::shared_ptr<TrustStore> trust, AskRedirect askRedirect);
 
+  /// From any thread: it does not begin any more.
+  void cancel() { isCancelled_ = true; }
+
  private:
-  friend class URLLoader;
+  friend class Loads;
 
   struct FreeList {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }

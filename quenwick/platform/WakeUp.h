@@ -13,8 +13,8 @@ class WakeUp {
   /// Can be read from once `wake` was called; less than 0 where the system had none to give.
   int descriptor() const { return descriptor_; }
 
-  /// From any thread; whether there is a descriptor.
-  bool wake() const;
+  /// From any thread.
+  void wake() const;
   /// By the thread that waits, before it looks for what it was woken for.
   void clear() const;
 

@@ -12,9 +12,8 @@ WakeUp::~WakeUp() {
 }
 
 // It can fail only where it has been woken so often that it need not be.
-bool WakeUp::wake() const {
+void WakeUp::wake() const {
   if (descriptor_ >= 0) eventfd_write(descriptor_, 1);
-  return descriptor_ >= 0;
 }
 
 void WakeUp::clear() const {
