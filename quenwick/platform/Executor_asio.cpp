@@ -4,7 +4,9 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/strand.hpp>
+#include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -96,6 +98,65 @@ class Strand : public Executor {
   asio::strand<asio::io_context::executor_type> strand_{sharedPool().context().get_executor()};
 };
 
+/// Posts work at a time. What is set is touched on the strand alone; `isLive_` lets a cancel hold
+/// at once.
+class Timer : public std::enable_shared_from_this<Timer> {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  Timer(std::chrono::nanoseconds duration, Executor& executor, Work work)
+      : due_(after(duration)), executor_(executor), work_(std::move(work)) {}
+
+  void start() {
+    asio::post(strand_, [self = shared_from_this()] { self->wait(); });
+  }
+
+  void cancel() {
+    if (!isLive_.exchange(false)) return;
+    asio::post(strand_, [self = shared_from_this()] {
+      self->timer_.reset();
+      self->work_ = nullptr;
+    });
+  }
+
+ private:
+  /// As late as there is a time for it.
+  static Clock::time_point after(std::chrono::nanoseconds duration) {
+    auto now = Clock::now();
+    return now + std::min(duration, Clock::time_point::max() - now);
+  }
+
+  void wait() {
+    if (!isLive_) return;
+    try {
+      timer_.emplace(strand_, due_).async_wait([self = shared_from_this()](const auto& error) {
+        if (!error) self->fire();
+      });
+    } catch (const boost::system::system_error&) {
+      waitWithoutDescriptor();
+    }
+  }
+
+  /// The first timer of a process needs some, of which the host may have none left for a while.
+  void waitWithoutDescriptor() {
+    if (Clock::now() >= due_) return fire();
+    std::this_thread::sleep_for(kPause);
+    start();
+  }
+
+  void fire() {
+    if (isLive_.exchange(false)) runWork([this] { executor_.post(std::move(work_)); });
+  }
+
+  static constexpr std::chrono::milliseconds kPause{5};
+  asio::strand<asio::io_context::executor_type> strand_{sharedPool().context().get_executor()};
+  std::optional<asio::steady_timer> timer_;
+  std::atomic<bool> isLive_ = true;
+  const Clock::time_point due_;
+  Executor& executor_;
+  Work work_;
+};
+
 }  // namespace
 
 Executor& pool() { return sharedPool(); }
@@ -120,25 +181,9 @@ bool PostsTogether::take(Work& work) {
 std::shared_ptr<Executor> makeStrand() { return std::make_shared<Strand>(); }
 
 Cancellable postAfter(std::chrono::nanoseconds duration, Executor& executor, Work work) {
-  // The timer is touched on the pool alone; `isLive` lets a cancel hold at once.
-  struct Timer {
-    explicit Timer(asio::io_context& context) : timer(asio::make_strand(context)) {}
-    asio::steady_timer timer;
-    std::atomic<bool> isLive = true;
-  };
-  auto state = std::make_shared<Timer>(sharedPool().context());
-  asio::post(state->timer.get_executor(), [state, duration, &executor, work = std::move(work)] {
-    if (!state->isLive) return;
-    state->timer.expires_after(duration);
-    state->timer.async_wait([state, &executor, work](const boost::system::error_code& error) {
-      if (error || !state->isLive.exchange(false)) return;
-      runWork([&executor, &work] { executor.post(work); });
-    });
-  });
-  return Cancellable([state] {
-    if (!state->isLive.exchange(false)) return;
-    asio::post(state->timer.get_executor(), [state] { state->timer.cancel(); });
-  });
+  auto timer = std::make_shared<Timer>(duration, executor, std::move(work));
+  timer->start();
+  return Cancellable([timer] { timer->cancel(); });
 }
 
 }  // namespace quenwick::platform

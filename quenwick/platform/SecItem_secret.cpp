@@ -134,9 +134,11 @@ class SecretServiceBackend : public SecItemBackend {
   }
 
   FoundItems search(const Attributes& of, SecretSearchFlags flags, GCancellable* cancellable) {
+    Operation look;
+    auto* service = this->service(cancellable);
+    secret_service_search(service, schema(), of.get(), flags, cancellable, &Operation::end, &look);
     GError* error = nullptr;
-    auto* list = secret_service_search_sync(service(cancellable), schema(), of.get(), flags,
-                                            cancellable, &error);
+    auto* list = secret_service_search_finish(service, look.wait(), &error);
     FoundItems items;
     for (auto* each = list; each; each = each->next) {
       items.emplace_back(static_cast<SecretItem*>(each->data));
@@ -159,10 +161,12 @@ class SecretServiceBackend : public SecItemBackend {
     put(all, "generic", item.generic);
     put(all, "accessible", item.accessible);
     auto label = key.account + " (" + application_ + ")";
+    auto secret = secretOf(item.data);
+    Operation creation;
+    secret_item_create(collection.get(), schema(), all.get(), label.c_str(), secret.get(),
+                       SECRET_ITEM_CREATE_REPLACE, cancellable, &Operation::end, &creation);
     GError* error = nullptr;
-    GObjectPointer<SecretItem> made(secret_item_create_sync(
-        collection.get(), schema(), all.get(), label.c_str(), secretOf(item.data).get(),
-        SECRET_ITEM_CREATE_REPLACE, cancellable, &error));
+    GObjectPointer<SecretItem> made(secret_item_create_finish(creation.wait(), &error));
     throwIfSet(error);
     if (!made) throw SecItemError(errSecNotAvailable, "the keyring made no item");
     return made;
@@ -170,8 +174,10 @@ class SecretServiceBackend : public SecItemBackend {
 
   static void remove(const FoundItems& items, GCancellable* cancellable) {
     for (const auto& item : items) {
+      Operation removal;
+      secret_item_delete(item.get(), cancellable, &Operation::end, &removal);
       GError* error = nullptr;
-      secret_item_delete_sync(item.get(), cancellable, &error);
+      secret_item_delete_finish(item.get(), removal.wait(), &error);
       throwIfSet(error);
     }
   }
@@ -193,10 +199,12 @@ class SecretServiceBackend : public SecItemBackend {
 
   /// The collection that new items go to. Throws while it is locked, or where there is none.
   GObjectPointer<SecretCollection> unlockedCollection(GCancellable* cancellable) {
+    Operation look;
+    secret_collection_for_alias(service(cancellable), SECRET_COLLECTION_DEFAULT,
+                                SECRET_COLLECTION_NONE, cancellable, &Operation::end, &look);
     GError* error = nullptr;
     GObjectPointer<SecretCollection> collection(
-        secret_collection_for_alias_sync(service(cancellable), SECRET_COLLECTION_DEFAULT,
-                                         SECRET_COLLECTION_NONE, cancellable, &error));
+        secret_collection_for_alias_finish(look.wait(), &error));
     throwIfSet(error);
     if (!collection) throw SecItemError(errSecNotAvailable, "the keyring has no place for secrets");
     refuseLocked(secret_collection_get_locked(collection.get()));
@@ -208,9 +216,11 @@ class SecretServiceBackend : public SecItemBackend {
     connect(cancellable);
     if (isOwnerNew_->exchange(false)) service_.reset();
     if (service_) return service_.get();
+    Operation opening;
+    secret_service_open(SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, cancellable,
+                        &Operation::end, &opening);
     GError* error = nullptr;
-    GObjectPointer<SecretService> made(secret_service_open_sync(
-        SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, cancellable, &error));
+    GObjectPointer<SecretService> made(secret_service_open_finish(opening.wait(), &error));
     throwIfSet(error);
     if (!made) throw SecItemError(errSecNotAvailable, "the keyring does not answer");
     service_ = std::move(made);

@@ -1,9 +1,12 @@
 #include "quenwick/platform/SecretBus_secret.h"
 
 #include <libsecret/secret.h>
+#include <sys/eventfd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <string_view>
 #include <utility>
@@ -18,6 +21,18 @@ constexpr std::string_view kKeyringPath = "/org/freedesktop/secrets";
 GMainContext* ownContext() {
   static auto* context = g_main_context_new();
   return context;
+}
+
+/// GLib ends the process where it has no descriptor for a wait of its own: a host that has hardly
+/// any left does without its keyring for a while.
+void requireDescriptors() {
+  std::array<int, 8> taken{};
+  for (auto& descriptor : taken) descriptor = eventfd(0, EFD_CLOEXEC);
+  bool areThere = std::ranges::all_of(taken, [](int descriptor) { return descriptor >= 0; });
+  for (int descriptor : taken) {
+    if (descriptor >= 0) close(descriptor);
+  }
+  if (!areThere) throw SecItemError(errSecNotAvailable, "the process has too many open files");
 }
 
 /// Whether programs of the session are told of a bus that runs: without one GLib would start it.
@@ -76,8 +91,19 @@ OwnMainContext::~OwnMainContext() {
   g_main_context_pop_thread_default(ownContext());
 }
 
+void Operation::end(GObject*, GAsyncResult* result, gpointer operation) {
+  auto* kept = static_cast<GAsyncResult*>(g_object_ref(result));
+  static_cast<Operation*>(operation)->result_.reset(kept);
+}
+
+GAsyncResult* Operation::wait() {
+  while (!result_) g_main_context_iteration(ownContext(), TRUE);
+  return result_.get();
+}
+
 GObjectPointer<GDBusConnection> connectToSessionBus(GCancellable* cancellable) {
   if (!hasSessionBus()) throw SecItemError(errSecNotAvailable, "there is no session bus");
+  requireDescriptors();
   GError* error = nullptr;
   GObjectPointer<GDBusConnection> connection(
       g_bus_get_sync(G_BUS_TYPE_SESSION, cancellable, &error));
@@ -96,11 +122,12 @@ KeyringSignals::KeyringSignals(GDBusConnection* connection, Receive receive,
           g_dbus_connection_add_filter(connection, &pass, new Receive(std::move(receive)),
                                        [](gpointer data) { delete static_cast<Receive*>(data); })) {
   for (const char* rule : kRules) {
+    Operation match;
+    g_dbus_connection_call(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                           "org.freedesktop.DBus", "AddMatch", g_variant_new("(s)", rule), nullptr,
+                           G_DBUS_CALL_FLAGS_NONE, -1, cancellable, &Operation::end, &match);
     GError* error = nullptr;
-    auto* answer =
-        g_dbus_connection_call_sync(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                    "org.freedesktop.DBus", "AddMatch", g_variant_new("(s)", rule),
-                                    nullptr, G_DBUS_CALL_FLAGS_NONE, -1, cancellable, &error);
+    auto* answer = g_dbus_connection_call_finish(connection, match.wait(), &error);
     if (answer) g_variant_unref(answer);
     if (error) g_dbus_connection_remove_filter(connection, filter_);
     throwIfSet(error);

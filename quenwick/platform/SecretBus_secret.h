@@ -19,7 +19,7 @@ using GObjectPointer = std::unique_ptr<T, ReleaseGObject>;
 /// Throws the error as a `SecItemError`; nothing happens where there is none.
 void throwIfSet(GError* error);
 
-/// Has blocking calls of GLib end, with an error, one second after its construction.
+/// Has operations of GLib end, with an error, one second after its construction.
 class OneSecond {
  public:
   OneSecond();
@@ -38,6 +38,23 @@ class OwnMainContext {
   ~OwnMainContext();
   OwnMainContext(const OwnMainContext&) = delete;
   OwnMainContext& operator=(const OwnMainContext&) = delete;
+};
+
+/// One asynchronous operation of GLib, waited for on the own main context, one of which must live.
+/// GLib's blocking calls would end the process where it has no descriptor for their wait.
+class Operation {
+ public:
+  Operation() = default;
+  Operation(const Operation&) = delete;
+  Operation& operator=(const Operation&) = delete;
+
+  /// What the operation is begun with; the data is this object.
+  static void end(GObject* source, GAsyncResult* result, gpointer operation);
+  /// Its result, once it has ended.
+  GAsyncResult* wait();
+
+ private:
+  GObjectPointer<GAsyncResult> result_;
 };
 
 /// The process's connection to the user's session bus, whose end will not end the process; a bus
