@@ -7,14 +7,11 @@
 #include <chrono>
 #include <memory>
 #include <optional>
-#include <string>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include "quenwick/platform/Executor.h"
-#include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/PostsTogether.h"
 #include "quenwick/platform/Thread.h"
 
@@ -27,12 +24,16 @@ constexpr auto kThreadName = "quenwick-pool";
 
 class Pool : public Executor {
  public:
-  /// Its first thread starts the others: a host's call waits for the start of one alone.
-  Pool() : work_(asio::make_work_guard(context_)) {
-    startThread(kThreadName, [this] {
+  Pool() : work_(asio::make_work_guard(context_)) {}
+
+  /// Its first thread starts the others: a host's call waits for the start of one alone. Where
+  /// there is no room for a thread, what is posted waits until there is.
+  void startOnce() {
+    if (isStarted_ || isStarted_.exchange(true)) return;
+    isStarted_ = startDetachedThread(kThreadName, [this] {
       startOthers();
       context_.run();
-    }).detach();
+    });
   }
 
   void post(Work work) override {
@@ -44,22 +45,20 @@ class Pool : public Executor {
 
  private:
   void startOthers() {
-    try {
-      auto count = std::clamp(std::thread::hardware_concurrency(), 1U, 4U);
-      for (unsigned i = 1; i < count; ++i) {
-        startThread(kThreadName, [this] { context_.run(); }).detach();
-      }
-    } catch (const std::system_error& error) {
-      logPlatformError(std::string("a thread of the pool cannot be started: ") + error.what());
+    auto count = std::clamp(std::thread::hardware_concurrency(), 1U, 4U);
+    for (unsigned i = 1; i < count; ++i) {
+      startDetachedThread(kThreadName, [this] { context_.run(); });
     }
   }
 
   asio::io_context context_;
   asio::executor_work_guard<asio::io_context::executor_type> work_;
+  std::atomic<bool> isStarted_ = false;
 };
 
 Pool& sharedPool() {
   static auto& instance = *new Pool;
+  instance.startOnce();
   return instance;
 }
 

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string>
-#include <system_error>
 #include <utility>
 
 #include "quenwick/platform/LogSink.h"
@@ -13,12 +11,14 @@ namespace quenwick::platform {
 
 void SerialThread::post(Work work) {
   bool isFirst = false;
+  HeldLog held;  // until the lock is free
   {
     std::lock_guard lock(mutex_);
     isFirst = waiting_.empty();
     if (isFirst) due_ = std::chrono::steady_clock::now() + lull_;
     waiting_.push_back(std::move(work));
-    if (!isStarted_) start();
+    // Where there is no room for a thread the work waits; the next post tries again.
+    if (!isStarted_) isStarted_ = startDetachedThread(name_, [this] { run(); });
   }
   if (isFirst) changed_.notify_one();
 }
@@ -29,16 +29,6 @@ void SerialThread::hurry() {
     if (waiting_.empty() || std::exchange(isHurried_, true)) return;
   }
   changed_.notify_one();
-}
-
-void SerialThread::start() {
-  try {
-    startThread(name_, [this] { run(); }).detach();
-    isStarted_ = true;
-  } catch (const std::system_error& error) {
-    // The work waits; the next post tries again.
-    logPlatformError(std::string("a thread cannot be started: ") + error.what());
-  }
 }
 
 bool SerialThread::isIdle() const {

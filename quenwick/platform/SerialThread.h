@@ -40,7 +40,6 @@ class SerialThread : public Executor {
   bool end(std::chrono::nanoseconds atMost);
 
  private:
-  void start();
   bool runLast(Work last, std::chrono::nanoseconds atMost);
   void run();
   std::deque<Work> nextBatch();

@@ -10,6 +10,10 @@ namespace quenwick::platform {
 /// Throws `std::system_error` where the system has no room for one.
 std::thread startThread(const char* name, std::function<void()> run);
 
+/// The same for a thread that nobody waits for. False where the system has no room for one, which
+/// is logged once.
+bool startDetachedThread(const char* name, std::function<void()> run);
+
 /// Calls `stop` once when the process exits, before what was set up earlier is torn down. A child
 /// made by fork does not call it: it has none of the parent's threads. `stop` must be bounded.
 /// False where the exit has begun: what would have to be stopped must not begin any more.

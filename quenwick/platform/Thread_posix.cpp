@@ -1,12 +1,16 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <mutex>
+#include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
+#include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/Thread.h"
 
 namespace quenwick::platform {
@@ -64,6 +68,19 @@ std::thread startThread(const char* name, std::function<void()> run) {
     pthread_setname_np(pthread_self(), name);
     run();
   });
+}
+
+bool startDetachedThread(const char* name, std::function<void()> run) {
+  static std::atomic<bool> hasReported = false;
+  try {
+    startThread(name, std::move(run)).detach();
+    return true;
+  } catch (const std::system_error& error) {
+    if (!hasReported.exchange(true)) {
+      logPlatformError(std::string("A thread cannot be started: ") + error.what());
+    }
+    return false;
+  }
 }
 
 bool atProcessExit(void (*stop)()) {
