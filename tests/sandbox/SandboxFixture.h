@@ -14,6 +14,13 @@
 
 namespace quenwick::sandbox {
 
+/// How often the part stands in the text.
+inline std::ptrdiff_t count(const std::string& text, const std::string& part) {
+  std::ptrdiff_t result = 0;
+  for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++result;
+  return result;
+}
+
 /// A running sandbox, and the program curl to reach it.
 class SandboxFixture : public testing::Test {
  protected:
@@ -35,10 +42,18 @@ class SandboxFixture : public testing::Test {
     }
   }
 
+  /// The program with what it needs to reach the sandbox under every name.
+  std::vector<std::string> curlWords() const {
+    return {"curl",         "-sS",
+            "--max-time",   "30",
+            "--cacert",     sandbox_->certificateAuthority(),
+            "--connect-to", ":443:127.0.0.1:" + std::to_string(sandbox_->port()),
+            "--connect-to", ":80:127.0.0.1:" + std::to_string(sandbox_->httpPort())};
+  }
   std::string curlCommand(const std::string& arguments) const {
-    return "curl -sS --max-time 30 --cacert " + sandbox_->certificateAuthority().string() +
-           " --connect-to :443:127.0.0.1:" + std::to_string(sandbox_->port()) +
-           " --connect-to :80:127.0.0.1:" + std::to_string(sandbox_->httpPort()) + " " + arguments;
+    std::string command;
+    for (const auto& word : curlWords()) command += word + " ";
+    return command + arguments;
   }
 
   static tests::Finished run(const std::string& command) {
