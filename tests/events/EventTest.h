@@ -6,8 +6,11 @@
 #include <cmath>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "quenwick/events/BehaviorEventManager.h"
+#include "tests/events/PassingRequester.h"
 #include "tests/support/ManualScheduler.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/VerifiedService.h"
@@ -21,6 +24,12 @@ class EventTest : public testing::Test {
   static constexpr auto kNotEnabled = "default: Could not log event - Events are not enabled";
 
   void start() { manager_->start(service_.endpoint()); }
+  /// The same, with a step on the way of every event.
+  void startWith(PassingRequester::Step step) {
+    auto real = BehavioralEventRepository(service_.endpoint()).api();
+    manager_->start(std::make_shared<const BehavioralEventRepository>(
+        std::make_shared<PassingRequester>(std::move(real), std::move(step))));
+  }
   bool flush() { return manager_->flush(kPatience); }
   std::uint64_t count(EventState state) const { return manager_->counts()[state]; }
 
