@@ -35,6 +35,12 @@ class LinkUserStoreTest : public testing::Test {
 
   CoreDataManager open() const { return {libraryBundle(), directory_.path()}; }
 
+  /// Does the work on the context's queue.
+  template <class Work>
+  static void in(const std::shared_ptr<ManagedObjectContext>& context, const Work& work) {
+    context->performAndWait([&] { work(*context); });
+  }
+
   /// Notes that the identifier was seen, in the manner of the install's state.
   static DeeplinkQWU* see(ManagedObjectContext& context, const std::string& value, double at) {
     auto* record = findOrCreate<DeeplinkQWU>(context, DeeplinkQWU::searchByValuePredicate(value));
@@ -46,9 +52,8 @@ class LinkUserStoreTest : public testing::Test {
 
   static std::vector<std::string> newestFirst(const CoreDataManager& manager) {
     std::vector<std::string> values;
-    auto context = manager.backgroundContext();
-    context->performAndWait([&] {
-      auto records = fetch<DeeplinkQWU>(*context, [](auto& request) {
+    in(manager.backgroundContext(), [&](auto& context) {
+      auto records = fetch<DeeplinkQWU>(context, [](auto& request) {
         request.sortDescriptors = DeeplinkQWU::defaultSortDescriptors();
       });
       for (const auto* record : records) values.push_back(record->value().value_or("(none)"));
@@ -87,23 +92,21 @@ TEST_F(LinkUserStoreTest, RecordsComeNewestFirstAndAreKeptAcrossLaunches) {
   const std::vector<std::string> expected = {"it's 100%", "", "%@", "undated"};
   {
     auto manager = open();
-    auto context = manager.backgroundContext();
-    context->performAndWait([&] {
-      see(*context, "undated", 0)->setLastSeenAt(std::nullopt);
-      see(*context, "", 20);
-      see(*context, "it's 100%", 1);
-      see(*context, "%@", 3);
-      see(*context, "it's 100%", 30.5);
-      context->save();
+    in(manager.backgroundContext(), [&](auto& context) {
+      see(context, "undated", 0)->setLastSeenAt(std::nullopt);
+      see(context, "", 20);
+      see(context, "it's 100%", 1);
+      see(context, "%@", 3);
+      see(context, "it's 100%", 30.5);
+      context.save();
     });
     EXPECT_EQ(newestFirst(manager), expected);
   }
   auto manager = open();
   EXPECT_EQ(newestFirst(manager), expected);
-  auto context = manager.mainContext();
-  context->performAndWait([&] {
+  in(manager.mainContext(), [&](auto& context) {
     auto* record =
-        findOrFetch<DeeplinkQWU>(*context, DeeplinkQWU::searchByValuePredicate("it's 100%"));
+        findOrFetch<DeeplinkQWU>(context, DeeplinkQWU::searchByValuePredicate("it's 100%"));
     ASSERT_NE(record, nullptr);
     EXPECT_EQ(record->lastSeenAt(), dateFrom(30.5));
   });
@@ -112,20 +115,18 @@ TEST_F(LinkUserStoreTest, RecordsComeNewestFirstAndAreKeptAcrossLaunches) {
 TEST_F(LinkUserStoreTest, OnlyWhatIsInMemoryIsMaterialized) {
   auto manager = open();
   auto predicate = DeeplinkQWU::searchByValuePredicate("u");
-  auto writing = manager.backgroundContext();
-  writing->performAndWait([&] {
-    see(*writing, "u", 1);
-    writing->save();
+  in(manager.backgroundContext(), [&](auto& writing) {
+    see(writing, "u", 1);
+    writing.save();
   });
-  auto context = manager.backgroundContext();
-  context->performAndWait([&] {
-    EXPECT_EQ(materializedObject<DeeplinkQWU>(*context, predicate), nullptr);
-    auto* record = DeeplinkQWU::fetchRequest().execute(*context).at(0);
-    EXPECT_EQ(materializedObject<DeeplinkQWU>(*context, predicate), record);
-    context->refresh(*record);
-    EXPECT_EQ(materializedObject<DeeplinkQWU>(*context, predicate), nullptr);
+  in(manager.backgroundContext(), [&](auto& context) {
+    EXPECT_EQ(materializedObject<DeeplinkQWU>(context, predicate), nullptr);
+    auto* record = DeeplinkQWU::fetchRequest().execute(context).at(0);
+    EXPECT_EQ(materializedObject<DeeplinkQWU>(context, predicate), record);
+    context.refresh(*record);
+    EXPECT_EQ(materializedObject<DeeplinkQWU>(context, predicate), nullptr);
     EXPECT_TRUE(record->isFault()) << "read though nobody asked for it";
-    EXPECT_EQ(findOrFetch<DeeplinkQWU>(*context, predicate), record);
+    EXPECT_EQ(findOrFetch<DeeplinkQWU>(context, predicate), record);
   });
 }
 
@@ -133,14 +134,13 @@ TEST_F(LinkUserStoreTest, ObjectsOfAnotherClassAreRefused) {
   auto model = ManagedObjectModel::read(*libraryBundle().resource("QuenwickStorage", "momd"));
   if (!model) FAIL();
   PersistentContainer container("QuenwickStorage", *model, directory_.path());
-  auto context = container.newBackgroundContext();
-  context->performAndWait([&] {
+  in(container.newBackgroundContext(), [&](auto& context) {
     auto predicate = DeeplinkQWU::searchByValuePredicate("u");
-    context->insertNewObject("DeeplinkQWU")->setValueForKey("value", "u");
-    EXPECT_EQ(materializedObject<DeeplinkQWU>(*context, predicate), nullptr);
-    EXPECT_TRUE(fetch<DeeplinkQWU>(*context).empty());
+    context.insertNewObject("DeeplinkQWU")->setValueForKey("value", "u");
+    EXPECT_EQ(materializedObject<DeeplinkQWU>(context, predicate), nullptr);
+    EXPECT_TRUE(fetch<DeeplinkQWU>(context).empty());
     EXPECT_EQ(log_->count(kWrongFetched), 1);
-    EXPECT_EQ(findOrCreate<DeeplinkQWU>(*context, predicate), nullptr);
+    EXPECT_EQ(findOrCreate<DeeplinkQWU>(context, predicate), nullptr);
     EXPECT_EQ(log_->count(kWrongFetched), 2);
     EXPECT_EQ(log_->count(kWrongInserted), 1);
   });
@@ -148,12 +148,11 @@ TEST_F(LinkUserStoreTest, ObjectsOfAnotherClassAreRefused) {
 
 TEST_F(LinkUserStoreTest, AnEntityThatTheModelHasNotIsRefused) {
   auto manager = open();
-  auto context = manager.backgroundContext();
-  context->performAndWait([&] {
+  in(manager.backgroundContext(), [&](auto& context) {
     DeeplinkQWU::entityName = "Elsewhere";
-    EXPECT_EQ(see(*context, "u", 1), nullptr);
+    EXPECT_EQ(see(context, "u", 1), nullptr);
     DeeplinkQWU::entityName = "DeeplinkQWU";
-    EXPECT_NE(see(*context, "u", 1), nullptr);
+    EXPECT_NE(see(context, "u", 1), nullptr);
   });
   EXPECT_EQ(log_->count(kWrongFetched), 1);
   EXPECT_EQ(log_->count(kWrongInserted), 1);
@@ -185,9 +184,8 @@ TEST_F(LinkUserStoreTest, AStoreThatCannotBeLoadedIsPrintedInOneLineAndKept) {
   EXPECT_EQ(std::ranges::count(printed, '\n'), 1) << printed;
   EXPECT_GT(printed.size(), 40U) << "the error is missing: " << printed;
   ASSERT_NE(manager.persistentContainer(), nullptr);
-  auto context = manager.backgroundContext();
-  context->performAndWait([&] {
-    EXPECT_TRUE(fetch<DeeplinkQWU>(*context).empty());
+  in(manager.backgroundContext(), [&](auto& context) {
+    EXPECT_TRUE(fetch<DeeplinkQWU>(context).empty());
     EXPECT_EQ(log_->count(kWrongFetched), 1);
   });
 }

@@ -63,6 +63,13 @@ class NoteStoreTest : public testing::Test {
     return *note;
   }
 
+  /// Does the work in a new context of the container, on its queue.
+  template <class Work>
+  static void inContext(PersistentContainer& container, const Work& work) {
+    auto context = container.newBackgroundContext();
+    context->performAndWait([&] { work(*context); });
+  }
+
   static Texts texts(ManagedObjectContext& context, const FetchRequest& request) {
     Texts found;
     for (const auto* object : context.execute(request)) found.push_back(textOf(*object));
@@ -72,16 +79,14 @@ class NoteStoreTest : public testing::Test {
   /// The texts of all notes, as a new context of the container finds them.
   static Texts saved(PersistentContainer& container) {
     Texts found;
-    auto context = container.newBackgroundContext();
-    context->performAndWait([&] { found = texts(*context, {.entityName = "Note"}); });
+    inContext(container, [&](auto& context) { found = texts(context, {.entityName = "Note"}); });
     return found;
   }
 
   static void save(PersistentContainer& container, const Texts& notes) {
-    auto context = container.newBackgroundContext();
-    context->performAndWait([&] {
-      for (const auto& text : notes) insert(*context, text);
-      context->save();
+    inContext(container, [&](auto& context) {
+      for (const auto& text : notes) insert(context, text);
+      context.save();
     });
   }
 

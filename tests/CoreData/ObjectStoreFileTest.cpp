@@ -42,12 +42,11 @@ TEST_F(ObjectStoreFileTest, ASaveThatFailsWritesNothingAndMayBeRepeated) {
 TEST_F(ObjectStoreFileTest, AFileOfAnEarlierModelIsBroughtUpToTheLaterOne) {
   save(*open(kTextOnly), {"old"});
   auto later = open(kDatedNote);
-  auto context = later->newBackgroundContext();
-  context->performAndWait([&] {
-    auto* note = context->execute({.entityName = "Note", .predicate = textIs("old")}).at(0);
+  inContext(*later, [&](auto& context) {
+    auto* note = context.execute({.entityName = "Note", .predicate = textIs("old")}).at(0);
     EXPECT_EQ(note->valueForKey("at"), AttributeValue());
     note->setValueForKey("at", dateFrom(7));
-    context->save();
+    context.save();
   });
   EXPECT_EQ(saved(*open(kTextOnly)), Texts{"old"});  // and the earlier one still reads it
   EXPECT_EQ(filesSetAside(), 0);
@@ -57,9 +56,8 @@ TEST_F(ObjectStoreFileTest, AColumnOfAnotherTypeReadsAsUnset) {
   auto container = open();
   save(*container, {"odd"});
   SQLiteDatabase(file()).run("UPDATE Note SET at = 9e999, text = x'ff00'");
-  auto context = container->newBackgroundContext();
-  context->performAndWait([&] {
-    auto* note = context->execute({.entityName = "Note"}).at(0);
+  inContext(*container, [&](auto& context) {
+    auto* note = context.execute({.entityName = "Note"}).at(0);
     EXPECT_EQ(note->valueForKey("at"), AttributeValue());
   });
 }
@@ -140,11 +138,10 @@ TEST_F(ObjectStoreFileTest, ContextsOfBothQueuesAndTwoContainersShareOneFile) {
 
 TEST_F(ObjectStoreFileTest, LookUpAndOrderOfTenThousandUseTheIndexes) {
   auto container = open();
-  auto context = container->newBackgroundContext();
-  context->performAndWait([&] {
-    for (int i = 0; i < 10'000; ++i) insert(*context, std::to_string(i), i);
-    context->save();
-    auto found = context->execute({.entityName = "Note", .predicate = textIs("7321")});
+  inContext(*container, [&](auto& context) {
+    for (int i = 0; i < 10'000; ++i) insert(context, std::to_string(i), i);
+    context.save();
+    auto found = context.execute({.entityName = "Note", .predicate = textIs("7321")});
     ASSERT_EQ(found.size(), 1U);
     EXPECT_EQ(found.front()->valueForKey("at"), AttributeValue(dateFrom(7321)));
   });

@@ -48,16 +48,15 @@ TEST_F(ObjectStoreTest, WhatIsNotUnderstoodIsAFatalError) {
 }
 
 TEST_F(ObjectStoreTest, ARequestTheModelCannotAnswerThrows) {
-  auto context = open()->newBackgroundContext();
-  context->performAndWait([&] {
+  inContext(*open(), [&](auto& context) {
     for (const auto& request :
          {FetchRequest{.entityName = "Page"},
           FetchRequest{.entityName = "Note", .predicate = Predicate("title == %@", {"a"})},
           FetchRequest{.entityName = "Note", .predicate = Predicate("at == %@", {"a"})},
           FetchRequest{.entityName = "Note", .sortDescriptors = {{"title"}}}}) {
-      EXPECT_THROW(context->execute(request), PlatformError);
+      EXPECT_THROW(context.execute(request), PlatformError);
     }
-    EXPECT_EQ(context->insertNewObject("Page"), nullptr);
+    EXPECT_EQ(context.insertNewObject("Page"), nullptr);
   });
 }
 
@@ -72,14 +71,13 @@ TEST_F(ObjectStoreTest, EveryTextIsFoundByExactlyItself) {
     }
   };
   auto container = open();
-  auto context = container->newBackgroundContext();
-  context->performAndWait([&] {
-    for (const auto& text : notes) insert(*context, text);
-    context->insertNewObject("Note");
-    expectExact(*context);  // unsaved: compared in memory
-    context->save();
-    expectExact(*context);
-    auto unset = context->execute({.entityName = "Note", .predicate = textIs({})});
+  inContext(*container, [&](auto& context) {
+    for (const auto& text : notes) insert(context, text);
+    context.insertNewObject("Note");
+    expectExact(context);  // unsaved: compared in memory
+    context.save();
+    expectExact(context);
+    auto unset = context.execute({.entityName = "Note", .predicate = textIs({})});
     ASSERT_EQ(unset.size(), 1U);
     EXPECT_EQ(unset.front()->valueForKey("text"), AttributeValue());
   });
@@ -91,15 +89,12 @@ TEST_F(ObjectStoreTest, EveryTextIsFoundByExactlyItself) {
 TEST_F(ObjectStoreTest, ADateComesBackToTheMicrosecond) {
   const Date date(std::chrono::microseconds(1'700'000'000'123'457));
   auto container = open();
-  auto context = container->newBackgroundContext();
-  context->performAndWait([&] {
-    context->insertNewObject("Note")->setValueForKey("at", date);
-    context->save();
+  inContext(*container, [&](auto& context) {
+    context.insertNewObject("Note")->setValueForKey("at", date);
+    context.save();
   });
-  auto second = open()->newBackgroundContext();
-  second->performAndWait([&] {
-    auto found =
-        second->execute({.entityName = "Note", .predicate = Predicate("at == %@", {date})});
+  inContext(*open(), [&](auto& second) {
+    auto found = second.execute({.entityName = "Note", .predicate = Predicate("at == %@", {date})});
     ASSERT_EQ(found.size(), 1U);
     EXPECT_EQ(found.front()->valueForKey("at"), AttributeValue(date));
   });
@@ -143,20 +138,19 @@ TEST_F(ObjectStoreTest, MemoryAndFileOrderAlike) {
 TEST_F(ObjectStoreTest, AFetchSeesWhatTheContextHasNotSaved) {
   auto container = open();
   save(*container, {"first", "second", "third"});
-  auto context = container->newBackgroundContext();
-  context->performAndWait([&] {
-    auto found = context->execute({.entityName = "Note", .predicate = textIs("first")});
+  inContext(*container, [&](auto& context) {
+    auto found = context.execute({.entityName = "Note", .predicate = textIs("first")});
     ASSERT_EQ(found.size(), 1U);
     found.front()->setValueForKey("text", "zz");
-    insert(*context, "zz");
+    insert(context, "zz");
     FetchRequest byText{.entityName = "Note", .predicate = textIs("first"), .fetchLimit = 1};
-    EXPECT_EQ(texts(*context, byText), Texts{});
+    EXPECT_EQ(texts(context, byText), Texts{});
     byText.predicate = textIs("zz");
     byText.fetchLimit = 0;
-    EXPECT_EQ(context->execute(byText).size(), 2U);
+    EXPECT_EQ(context.execute(byText).size(), 2U);
     // The row that comes first in the file has moved behind the others.
     FetchRequest lowest{"Note", std::nullopt, {{"text"}}, 2};
-    EXPECT_EQ(texts(*context, lowest), (Texts{"second", "third"}));
+    EXPECT_EQ(texts(context, lowest), (Texts{"second", "third"}));
   });
   EXPECT_EQ(saved(*container), (Texts{"first", "second", "third"}));
 }
@@ -166,10 +160,9 @@ TEST_F(ObjectStoreTest, AnObjectIsOneInItsContextAndFollowsTheFileWhileUnchanged
   save(*container, {"old"});
   auto reader = container->newBackgroundContext();
   auto change = [&](const std::string& text) {
-    auto writing = container->newBackgroundContext();
-    writing->performAndWait([&] {
-      writing->execute({.entityName = "Note"}).front()->setValueForKey("text", text);
-      writing->save();
+    inContext(*container, [&](auto& writing) {
+      writing.execute({.entityName = "Note"}).front()->setValueForKey("text", text);
+      writing.save();
     });
   };
   ManagedObject* note = nullptr;
@@ -198,30 +191,28 @@ TEST_F(ObjectStoreTest, AnObjectIsOneInItsContextAndFollowsTheFileWhileUnchanged
 
 TEST_F(ObjectStoreTest, ASavedObjectKeepsItsPlaceUnderItsLastingIdentity) {
   auto container = open();
-  auto context = container->newBackgroundContext();
-  context->performAndWait([&] {
-    auto& first = insert(*context, "first");
-    auto& second = insert(*context, "second");
+  inContext(*container, [&](auto& context) {
+    auto& first = insert(context, "first");
+    auto& second = insert(context, "second");
     EXPECT_TRUE(first.objectID().isTemporary);
     EXPECT_NE(first.objectID(), second.objectID());
-    context->save();
+    context.save();
     EXPECT_FALSE(first.objectID().isTemporary);
-    EXPECT_EQ(context->execute({.entityName = "Note"}), (std::vector{&first, &second}));
+    EXPECT_EQ(context.execute({.entityName = "Note"}), (std::vector{&first, &second}));
     second.setValueForKey("text", "second, changed");
-    context->save();
-    EXPECT_FALSE(context->hasChanges());
+    context.save();
+    EXPECT_FALSE(context.hasChanges());
   });
   EXPECT_EQ(saved(*container), (Texts{"first", "second, changed"}));
 }
 
 TEST_F(ObjectStoreTest, ARequiredValueMustBeSetBeforeSaving) {
   auto container = open(kRequiredDate);
-  auto context = container->newBackgroundContext();
-  context->performAndWait([&] {
-    auto& note = insert(*context, "undated");
-    EXPECT_THROW(context->save(), PlatformError);
+  inContext(*container, [&](auto& context) {
+    auto& note = insert(context, "undated");
+    EXPECT_THROW(context.save(), PlatformError);
     note.setValueForKey("at", dateFrom(1));
-    EXPECT_NO_THROW(context->save());
+    EXPECT_NO_THROW(context.save());
   });
 }
 

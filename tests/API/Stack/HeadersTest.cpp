@@ -58,14 +58,11 @@ TEST(HTTPHeaderTest, BuildsTheUserAgentWithAFallbackForEachMissingPart) {
   }
 }
 
-TEST(HTTPHeaderTest, WeighsSixLanguagesAtMost) {
+TEST(HTTPHeaderTest, WeighsWithOneDigitAndSixLanguagesAtMost) {
   EXPECT_EQ(HTTPHeader::acceptLanguageValue({}), "");
   EXPECT_EQ(HTTPHeader::acceptLanguageValue({"de-AT"}), "de-AT;q=1.0");
   EXPECT_EQ(HTTPHeader::acceptLanguageValue({"a", "b", "c", "d", "e", "f", "g"}),
             "a;q=1.0, b;q=0.9, c;q=0.8, d;q=0.7, e;q=0.6, f;q=0.5");
-}
-
-TEST(HTTPHeaderTest, GivesEveryWeightOneDigit) {
   EXPECT_EQ(qualityEncoded({"a", "b", "c", "d", "e", "f", "g", "h", "i", "j"}),
             "a;q=1.0, b;q=0.9, c;q=0.8, d;q=0.7, e;q=0.6, f;q=0.5, g;q=0.4, h;q=0.3, i;q=0.2, "
             "j;q=0.1");
