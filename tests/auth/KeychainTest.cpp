@@ -5,6 +5,7 @@
 #include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/auth/SecureSessionData.h"
 #include "quenwick/platform/KeyedArchive.h"
+#include "tests/support/NestedValue.h"
 #include "tests/support/SecretPlace.h"
 
 namespace quenwick {
@@ -94,10 +95,8 @@ TEST_P(KeychainTest, WhatIsNoTextIsNeitherStoredNorReadAsOne) {
   EXPECT_FALSE(keychain_.set(std::string_view("\xff"), "key"));
   EXPECT_FALSE(keychain_.set("value", "\xff"));
   EXPECT_EQ(keychain_.data("key"), std::nullopt);
-  platform::Value nested;
-  for (int i = 0; i < 600; ++i) nested = platform::List{nested};
   keychain_.set("before", "key");
-  EXPECT_FALSE(keychain_.set(*nested.as<platform::List>(), "key"));
+  EXPECT_FALSE(keychain_.set(platform::List{tests::nested(600)}, "key"));
   EXPECT_EQ(keychain_.string("key"), "before");
 }
 

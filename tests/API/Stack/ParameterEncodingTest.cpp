@@ -5,7 +5,9 @@
 #include <limits>
 
 #include "quenwick/API/Stack/APIError.h"
+#include "quenwick/API/Stack/RequestConvertible.h"
 #include "quenwick/API/Stack/RequestExtensions.h"
+#include "tests/support/NestedValue.h"
 
 namespace quenwick {
 namespace {
@@ -146,35 +148,23 @@ TEST(URLEncodingTest, NeedsAURLOnlyForAQuery) {
   EXPECT_THROW(URLEncoding::httpBody.encode(Unbuildable(), std::nullopt), APIError);
 }
 
-/// A list in a list, and so on.
-Value nested(int levels) {
-  Value value = "end";
-  for (int i = 0; i < levels; ++i) {
-    List list;
-    list.push_back(std::move(value));
-    value = std::move(list);
-  }
-  return value;
-}
-
 TEST(URLEncodingTest, NoDepthExhaustsTheStackOfAThread) {
-  constexpr int kLevels =
-      5'000;  // beyond what a walk with a function call for each would survive here
-  auto query = std::make_shared<std::string>();
-  auto value = std::make_shared<Dictionary>(Dictionary{{"k", nested(kLevels)}});
+  constexpr int kPairs = 2'500;  // beyond what a walk with a call for each level would survive here
+  std::string query;
+  const Dictionary value{{"k", tests::nested(2 * kPairs, "end")}};
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
   pthread_attr_setstacksize(&attributes, 128UL << 10);
-  auto work = std::make_unique<std::function<void()>>(
-      [=] { *query = URLEncoding::httpBody.query(*value); });
+  std::function<void()> work = [&] { query = URLEncoding::httpBody.query(value); };
   pthread_t thread;
   auto run = [](void* argument) -> void* {
     (*static_cast<std::function<void()>*>(argument))();
     return nullptr;
   };
-  ASSERT_EQ(pthread_create(&thread, &attributes, run, work.get()), 0);
+  ASSERT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
   pthread_join(thread, nullptr);
-  EXPECT_EQ(query->size(), 1 + kLevels * 6 + 4U);
+  constexpr std::size_t kOfAPair = std::string_view("%5Bin%5D%5B%5D").size();
+  EXPECT_EQ(query.size(), std::string_view("k=end").size() + kPairs * kOfAPair);
 }
 
 TEST(JSONEncodingTest, WritesTheBodyAndItsType) {
@@ -215,7 +205,7 @@ TEST(JSONEncodingTest, RefusesWhatJSONCannotHold) {
   auto bare = request(HTTPMethod::post);
   for (const Value& value : {Value(std::numeric_limits<double>::quiet_NaN()),
                              Value(-std::numeric_limits<double>::infinity()), Value("\xC3\x28"),
-                             Value(Dictionary{{"\xff", 1}}), nested(512)}) {
+                             Value(Dictionary{{"\xff", 1}}), tests::nested(512)}) {
     for (const auto& encode : std::vector<std::function<void()>>{
              [&] { json.encode(bare, Dictionary{{"k", value}}); },
              [&] { json.encodeWithArray(bare, List{value}); },
@@ -225,10 +215,35 @@ TEST(JSONEncodingTest, RefusesWhatJSONCannotHold) {
       EXPECT_TRUE(dynamic_cast<const platform::JSONError*>(reason.error.get()));
     }
   }
-  EXPECT_NO_THROW(json.encodeWithArray(bare, List{nested(511)}));
+  EXPECT_NO_THROW(json.encodeWithArray(bare, List{tests::nested(511)}));
   EXPECT_THROW(json.encode(Unbuildable(), std::nullopt), APIError);
   EXPECT_THROW(json.encodeWithArray(Unbuildable(), std::nullopt), APIError);
   EXPECT_THROW(json.encodeWithJSONObject(Unbuildable(), std::nullopt), APIError);
+}
+
+TEST(RequestConvertibleTest, TakesADictionaryOrForJSONAList) {
+  auto body = [](const Value& parameters, ParameterEncoding encoding) {
+    return RequestConvertible({.url = "https://a.example",
+                               .method = HTTPMethod::post,
+                               .parameters = parameters,
+                               .encoding = encoding})
+        .asURLRequest()
+        .httpBody;
+  };
+  EXPECT_EQ(body(Dictionary{{"a", 1}}, URLEncoding()), "a=1");
+  EXPECT_EQ(body(List{1, 2}, JSONEncoding()), "[1,2]");
+  reasonOf<Reason::CustomEncodingFailed>([&] { body(List{1}, URLEncoding()); });
+  reasonOf<Reason::CustomEncodingFailed>([&] { body("text", JSONEncoding()); });
+  reasonOf<Reason::CustomEncodingFailed>([&] { body(nullptr, JSONEncoding()); });
+}
+
+TEST(RequestConvertibleTest, WithoutParametersThereIsNoBody) {
+  auto request = ParameterlessRequestConvertible("https://a.example", HTTPMethod::post,
+                                                 HTTPHeaders{{"A", "b"}})
+                     .asURLRequest();
+  EXPECT_EQ(request.httpBody, std::nullopt);
+  EXPECT_EQ(request.headerFields, (platform::HeaderFields{{"A", "b"}}));
+  EXPECT_EQ(ParameterlessRequestConvertible("a b", HTTPMethod::get).urlRequest(), std::nullopt);
 }
 
 }  // namespace
