@@ -142,17 +142,6 @@ TEST_F(BooksTest, AnEventThatGoesAstrayOnItsWayIsFound) {
   }
 }
 
-TEST_F(BooksTest, AnEventThatHasNotEndedIsFound) {
-  service_.setFaults(R"([{"delay": 3600000, "times": 1}])");
-  start();
-  manager_->logCustomEvent("one", {});
-  manager_->logCustomEvent("another", {});
-  EXPECT_TRUE(log_->waitFor(" Status: Success"));
-  EXPECT_EQ(
-      differences(manager_->counts(), {"one", "another"}, namesOf(service_.events())),
-      (std::vector<std::string>{"an event has not ended", "the service and the books differ"}));
-}
-
 TEST_F(BooksTest, FailuresAreCountedAsOftenAsTheServiceMadeThem) {
   service_.setFaults(R"([{"kind": "server-error", "times": 30}, {"kind": "malformed", "times": 20},
                          {"kind": "cut-during", "times": 10}, {"kind": "unauthorized", "times": 5}])");

@@ -98,6 +98,7 @@ void EventManagerTest::expectEveryKindArrives() {
   Analytics::shared().setRulesPicKey("deadbeef");
   const Dictionary rulesKey{{"rules_pic_key", "deadbeef"}};
   for (const auto& [offer, event, properties, type] : kinds()) {
+    SCOPED_TRACE(properties);
     Dictionary expected{{"type", type},
                         {"event", event},
                         {"properties", platform::JSONSerialization::parse(properties)},

@@ -153,6 +153,10 @@ TEST_F(EventRulesTest, AValueThatBreaksARuleIsRefusedNamingTheField) {
       {kOrder, R"("quantity":2)", R"("quantity":2.0)",
        "properties.products[0].quantity: must be a whole number"},
       {kIdentify, R"("UTC")", R"("UTC","channel":{"app":{"name":"sdk"}})", "channel: unknown key"},
+      {kIdentify, R"("UTC")", R"("UTC","event":"identify")", "event: unknown key"},
+      {kSearch, R"("query")", R"("id":"1","query")", "properties.id: unknown key"},
+      {kCategory, R"("id")", R"("meta":{},"id")", "properties.meta: unknown key"},
+      {kOrder, R"("title":"Boots")", R"("meta":{})", "properties.products[0].meta: unknown key"},
       {kIdentify, kIdentify, "[]", "body: must be an object"},
       {kIdentify, "NOW}", "NOW", "body: line 1"},
       {kIdentify, "alice", "\xFF", "body: line 1"}};
