@@ -1,9 +1,5 @@
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <algorithm>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -158,37 +154,6 @@ TEST_F(ObjectStoreFileTest, LookUpAndOrderOfTenThousandUseTheIndexes) {
   EXPECT_EQ(plan({.entityName = "Note", .predicate = textIs("7321"), .fetchLimit = 1}),
             "SEARCH Note USING INDEX Note.text (text=?)\n");
   EXPECT_EQ(plan({"Note", std::nullopt, {{"at", false}}, 1}), "SCAN Note USING INDEX Note.at\n");
-}
-
-/// Saves pairs, each in one transaction, and reports every pair that is saved.
-[[noreturn]] void savePairs(const std::filesystem::path& file, int report) {
-  auto model = noteModel();
-  const auto& entity = *model.entity("Note");
-  PersistentStore store(file, model);
-  for (;;) {
-    store.save(
-        {{entity, std::nullopt, {{"text", "left"}}}, {entity, std::nullopt, {{"text", "right"}}}});
-    if (::write(report, "+", 1) != 1) ::_exit(1);
-  }
-}
-
-TEST_F(ObjectStoreFileTest, AKilledProcessLeavesEveryReportedSaveAndNoHalfOne) {
-  int ends[2];
-  ASSERT_EQ(::pipe(ends), 0);
-  auto child = ::fork();
-  if (child == 0) savePairs(file(), ends[1]);
-  ::close(ends[1]);
-  char mark = 0;
-  std::ptrdiff_t reported = 0;
-  while (reported < 20 && ::read(ends[0], &mark, 1) == 1) ++reported;
-  ::kill(child, SIGKILL);
-  while (::read(ends[0], &mark, 1) == 1) ++reported;
-  ::waitpid(child, nullptr, 0);
-  ::close(ends[0]);
-  auto found = saved(*open());
-  EXPECT_GE(reported, 20);
-  EXPECT_GE(std::ranges::count(found, "left"), reported);
-  EXPECT_EQ(std::ranges::count(found, "left"), std::ranges::count(found, "right"));
 }
 
 }  // namespace

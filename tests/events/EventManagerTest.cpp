@@ -71,7 +71,15 @@ const std::vector<KindRow>& kinds() {
        },
        "signed_up", R"({"age": 18446744073709551615, "type": "x"})", "custom"},
       {[](auto& manager) {
-         manager.sendEvent({{"type", "custom"}, {"event", "own"}, {"properties", Dictionary()}});
+         // Of what every event carries the library's stands before the host's.
+         manager.sendEvent({{"type", "custom"},
+                            {"event", "own"},
+                            {"properties", Dictionary()},
+                            {"user_id", "me"},
+                            {"anonymous_id", 1},
+                            {"timezone", "here"},
+                            {"timestamp", 5},
+                            {"channel", "mail"}});
        },
        "own", "{}", "custom"},
       {[](auto& manager) { manager.productSearched(Dictionary{{"query", "boots"}}); },
