@@ -97,10 +97,7 @@ TEST_F(ContainersTest, WhatJSONCannotHoldIsRefusedWithOneLine) {
   const std::string tooLarge = "it is larger than 1 MiB";
   const std::string notUTF8 = " holds text that is not UTF-8";
   const std::string notFinite = " is not a finite number";
-  struct {
-    std::optional<Dictionary> dictionary;
-    std::string reason;
-  } const kRefused[] = {
+  const std::pair<std::optional<Dictionary>, std::string> kRefused[] = {
       {product({.id = "\xff"}), "id" + notUTF8},
       {product({.id = "42", .title = "a\xc0\x80"}), "title" + notUTF8},
       {product({.id = "42", .price = "\xed\xa0\x80"}), "price" + notUTF8},

@@ -16,9 +16,7 @@ std::string described(std::string_view text) {
 
 TEST(DecimalTest, PrintsPlainDigitsWithoutNeedlessZeros) {
   const std::string nines(38, '9');
-  struct {
-    std::string text, description;
-  } const kNumbers[] = {
+  const std::pair<std::string, std::string> kNumbers[] = {
       {"19.99", "19.99"},
       {"19.90", "19.9"},
       {"+5.00", "5"},

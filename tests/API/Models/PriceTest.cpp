@@ -12,10 +12,7 @@ namespace quenwick {
 namespace {
 
 TEST(PriceTest, IsTextByTheRuleOfItsKind) {
-  struct {
-    Price price;
-    const char* text;
-  } const kPrices[] = {
+  const std::pair<Price, const char*> kPrices[] = {
       {"3.1", "3.1"},
       {std::string("about 5 €"), "about 5 €"},
       {std::string_view("5.00 or less").substr(0, 4), "5.00"},

@@ -50,10 +50,7 @@ std::string through(const char* json) {
 }
 
 TEST_F(RecordsTest, AProductIsReadFromADictionary) {
-  struct {
-    const char* given;
-    const char* taken;
-  } const kProducts[] = {
+  const std::pair<const char*, const char*> kProducts[] = {
       {R"({"id": "a"})", R"({"id":"a","meta":{}})"},
       {R"({"id": 42})", R"({"id":"42","meta":{}})"},
       {R"({"id": -9223372036854775808})", R"({"id":"-9223372036854775808","meta":{}})"},

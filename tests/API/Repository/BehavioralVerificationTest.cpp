@@ -134,10 +134,7 @@ TEST_F(BehavioralVerificationTest, ASecondStartWithinTheWeekAsksNobody) {
 }
 
 TEST_F(BehavioralVerificationTest, ACacheThatCannotBeUsedIsMadeAgain) {
-  struct {
-    Item item;
-    std::optional<platform::Bytes> bytes;
-  } const kRows[] = {
+  const std::pair<Item, std::optional<platform::Bytes>> kRows[] = {
       {Item::behaviorAPIEndpoint, std::nullopt}, {Item::behaviorAPIEndpoint, "not a url"},
       {Item::behaviorAPIEndpoint, "\xff"},       {Item::behaviorAPITokenExpiresAt, std::nullopt},
       {Item::behaviorAPITokenExpiresAt, "soon"},
@@ -222,10 +219,7 @@ TEST_F(BehavioralVerificationTest, ACalendarWithoutADateLeavesTheCredentialAlone
 }
 
 TEST_F(BehavioralVerificationTest, EveryFailureOfTheServiceReachesTheCallerAsItIs) {
-  struct {
-    std::string answer;
-    const char* text;
-  } const kRows[] = {
+  const std::pair<std::string, const char*> kRows[] = {
       {R"("status": 403, "json": {"error": "Bad key"})", "403\n{\"error\":\"Bad key\"}"},
       {R"("status": 422, "json": {"message": "Bad bundle"})", "422\n{\"message\":\"Bad bundle\"}"},
       {R"("json": {"data": {"behavioral_endpoint_url": "u", "behavioral_endpoint_api_token": "t"}})",
@@ -236,15 +230,15 @@ TEST_F(BehavioralVerificationTest, EveryFailureOfTheServiceReachesTheCallerAsItI
       {R"("cut": "before")",
        "URLSessionTask failed with error: The connection to the server was lost."},
   };
-  for (const auto& row : kRows) {
-    answer(row.answer);
+  for (const auto& [answered, text] : kRows) {
+    answer(answered);
     try {
       verify("key");
-      ADD_FAILURE() << row.text;
+      ADD_FAILURE() << text;
     } catch (const APIError& error) {
-      EXPECT_TRUE(error.errorDescription().starts_with(row.text)) << error.errorDescription();
+      EXPECT_TRUE(error.errorDescription().starts_with(text)) << error.errorDescription();
     }
-    EXPECT_TRUE(isCacheEmpty()) << row.text;
+    EXPECT_TRUE(isCacheEmpty()) << text;
   }
   answer(R"("status": 401)");
   EXPECT_THROW(verify("key"), AuthenticationTokenManager::TokenError);

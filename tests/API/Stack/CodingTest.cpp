@@ -54,10 +54,7 @@ TEST(CodingTest, ARecordReadsAndWritesTheFieldsItDeclares) {
 
 TEST(CodingTest, AFailureNamesThePlaceAndTheExpectedType) {
   using Offers = DataContainer<std::vector<Offer>>;
-  struct {
-    const char* text;
-    const char* failure;
-  } const kRows[] = {
+  const std::pair<const char*, const char*> kRows[] = {
       {"[]", "The JSON value is a list where an object is expected."},
       {"{}", R"(The value of "data" is missing where a list is expected.)"},
       {R"({"data":null})", R"(The value of "data" is null where a list is expected.)"},
@@ -75,7 +72,7 @@ TEST(CodingTest, AFailureNamesThePlaceAndTheExpectedType) {
       {R"({"data":[{"name":"a","count":1,"flags":[],"sizes":{"s":256}}]})",
        R"(The value of "data[0].sizes.s" is a number that does not fit where a whole number is expected.)"},
   };
-  for (const auto& row : kRows) EXPECT_EQ(failureOf<Offers>(row.text), row.failure);
+  for (const auto& [text, failure] : kRows) EXPECT_EQ(failureOf<Offers>(text), failure);
   EXPECT_THROW(JSONDecoder::decode<Offers>("{"), platform::JSONError);
 }
 

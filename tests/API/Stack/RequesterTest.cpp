@@ -165,21 +165,17 @@ TEST_F(RequesterTest, Status401AsksForAnotherTokenWhateverTheHandlers) {
 }
 
 TEST_F(RequesterTest, ABodyThatDoesNotDecodeIsTheDecodersError) {
-  struct {
-    const char* path;
-    const char* text;
-  } const kRows[] = {
+  const std::pair<const char*, const char*> kRows[] = {
       {"/missing", R"(The value of "data" is missing where an object is expected.)"},
       {"/wrong", R"(The value of "data.x" is a text where a whole number is expected.)"},
       {"/204", "the text is not JSON: incomplete JSON"},
       {"/cutoff", "the text is not JSON: incomplete JSON"},
       {"/latin", "the text is not JSON: syntax error"},
   };
-  for (const auto& row : kRows) {
-    auto error = failure(get(row.path));
-    EXPECT_TRUE(std::holds_alternative<APIError::DecodeFailed>(error.kind())) << row.path;
-    EXPECT_TRUE(error.errorDescription().starts_with(row.text))
-        << row.path << ": " << error.errorDescription();
+  for (const auto& [path, text] : kRows) {
+    auto error = failure(get(path));
+    EXPECT_TRUE(std::holds_alternative<APIError::DecodeFailed>(error.kind())) << path;
+    EXPECT_TRUE(error.errorDescription().starts_with(text)) << error.errorDescription();
   }
   EXPECT_TRUE(dynamic_cast<const DecodingError*>(failure(get("/wrong")).underlyingError().get()));
 }
@@ -251,17 +247,14 @@ TEST_F(RequesterTest, ABodyWithoutEndEndsInAnErrorWithinBoundedMemory) {
 
 TEST_F(RequesterTest, ARequestThatCannotBeBuiltIsLoggedAndNotSent) {
   BaseRequest noText(HTTPMethod::post, "/ok", Dictionary{{"a", "\xff"}});
-  struct {
-    const BaseRequest& request;
-    const char* text;
-  } const kRows[] = {
+  const std::pair<BaseRequest, std::string> kRows[] = {
       {noText, "JSON could not be encoded because of error:\na text is not UTF-8"},
       {get("/a b"), "URL is not valid: https://api.example/a b"},
   };
   Lines expected;
-  for (const auto& row : kRows) {
-    EXPECT_EQ(failure(row.request).errorDescription(), row.text);
-    expected.push_back("error: " + std::string(row.text));
+  for (const auto& [request, text] : kRows) {
+    EXPECT_EQ(failure(request).errorDescription(), text);
+    expected.push_back("error: " + text);
     EXPECT_EQ(log_->lines(), expected);
   }
   EXPECT_TRUE(service_.received().empty());
