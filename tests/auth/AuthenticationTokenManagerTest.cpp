@@ -135,11 +135,7 @@ TEST_F(AuthenticationTokenManagerTest, ARenewalStoresTheTokenAloneAndSaysSo) {
   EXPECT_EQ(log->count("default: Attempting to renew the access token"), 2);
   EXPECT_EQ(log->count("default: Token was successfully renewed 👍"), 2);
   for (auto secret : {"stored", "refresh", "token 1", "token 2"}) {
-    for (const auto& line : log->lines()) {
-      if (line.find("Secrets are") == line.npos && line.find("renew") == line.npos) {
-        EXPECT_EQ(line.find(secret), line.npos) << line;
-      }
-    }
+    EXPECT_EQ(log->count(secret), 0) << secret;
   }
 }
 
