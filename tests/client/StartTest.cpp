@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <future>
 #include <stdexcept>
 
+#include "quenwick/platform/KeysThread.h"
 #include "tests/client/ClientHost.h"
 
 namespace quenwick::tests {
@@ -79,6 +81,21 @@ TEST_F(StartTest, AWrongKeyEndsInOneLine) {
   ASSERT_TRUE(task && task->waitFor(60s));
   EXPECT_EQ(logged("error: Behavioral Verification failed: 403\n"), 1);
   EXPECT_EQ(logged("another key"), 0) << "no secret is logged";
+}
+
+TEST_F(StartTest, ARegistrationThatIsCancelledEnablesNothingThoughItsAnswerIsAtHand) {
+  startWithEvents();
+  QWClient::setShared(std::make_shared<QWClient>());
+  std::promise<void> gate;
+  platform::keysThread().post([opened = gate.get_future().share()] { opened.wait(); });
+  auto task = QWClient::registerForBehaviors("key");
+  ASSERT_TRUE(task);
+  task->cancel();
+  gate.set_value();
+  ASSERT_TRUE(task->waitFor(60s));
+  EXPECT_EQ(logged("error: Behavioral Verification failed: "), 1);
+  QWClient::logEvent("wished");
+  EXPECT_EQ(logged("Could not log event - Events are not enabled"), 1);
 }
 
 TEST_F(StartTest, TheConfigurationIsTakenBeforeTheFirstUseAlone) {

@@ -32,6 +32,10 @@ bool hasHandshake() {
 
 void set(std::string_view text, Item item) { keychain().set(text, rawValue(item)); }
 
+void throwIfStopped(const std::stop_token& stop) {
+  if (stop.stop_requested()) throw platform::OtherError("The verification was stopped");
+}
+
 const char* textOf(BehavioralVerificationRepository::Errors::Code code) {
   switch (code) {
     case BehavioralVerificationRepository::Errors::Code::coercingEndpointURLFailed:
@@ -63,10 +67,19 @@ platform::Task<platform::URL> BehavioralVerificationRepository::verify(
 platform::Task<platform::URL> BehavioralVerificationRepository::run(
     BehavioralVerificationRepository self, std::optional<std::string> apiKey,
     std::stop_token stop) {
-  auto cached = co_await platform::onKeysThread([self, apiKey] { return self.prepare(apiKey); });
+  // Looked at where the keychain is written, so that nothing is once a stop has waited for that.
+  auto cached = co_await platform::onKeysThread([self, apiKey, stop] {
+    throwIfStopped(stop);
+    return self.prepare(apiKey);
+  });
+  throwIfStopped(stop);
   if (cached) co_return *std::move(cached);
   auto container = co_await self.api_->verify(stop);
-  co_await platform::onKeysThread([self, container] { self.store(container); });
+  co_await platform::onKeysThread([self, container, stop] {
+    throwIfStopped(stop);
+    self.store(container);
+  });
+  throwIfStopped(stop);
   auto url = container.endpointURL();
   if (!url) throw Errors(Errors::Code::coercingEndpointURLFailed);
   co_return *std::move(url);

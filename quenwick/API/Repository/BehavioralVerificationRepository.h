@@ -43,8 +43,9 @@ class BehavioralVerificationRepository {
 
   /// The endpoint for that API key, which is kept from now on; none deletes the kept one. Asks the
   /// service only where no credential for this key still holds. Throws `Errors`, what the handshake
-  /// throws, and `APIKeyError` where the keychain cannot be made to forget another key. The
-  /// repository is not needed after the call.
+  /// throws, and `APIKeyError` where the keychain cannot be made to forget another key. A requested
+  /// stop ends it with an error; nothing is kept from then on. The repository is not needed after
+  /// the call.
   platform::Task<platform::URL> verify(std::optional<std::string> apiKey,
                                        std::stop_token stop = {}) const;
 

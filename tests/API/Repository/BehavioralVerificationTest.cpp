@@ -245,6 +245,43 @@ TEST_F(BehavioralVerificationTest, EveryFailureOfTheServiceReachesTheCallerAsItI
   EXPECT_EQ(log_->count("key"), 0) << "no line holds the key";
 }
 
+/// Is asked to stop at the moment at which the service's answer is there.
+class StoppedWithTheAnswer : public BehavioralVerificationRequestable {
+ public:
+  StoppedWithTheAnswer(std::shared_ptr<const BehavioralVerificationRequestable> real,
+                       std::stop_source stop)
+      : real_(std::move(real)), stop_(std::move(stop)) {}
+  platform::Task<BehavioralVerificationContainer> verify(std::stop_token) const override {
+    return run(real_, stop_);
+  }
+
+ private:
+  static platform::Task<BehavioralVerificationContainer> run(
+      std::shared_ptr<const BehavioralVerificationRequestable> real, std::stop_source stop) {
+    auto answer = co_await real->verify({});
+    stop.request_stop();
+    co_return answer;
+  }
+
+  std::shared_ptr<const BehavioralVerificationRequestable> real_;
+  std::stop_source stop_;
+};
+
+TEST_F(BehavioralVerificationTest, OneThatIsStoppedKeepsNothingAndYieldsNoEndpoint) {
+  std::stop_source stop;
+  BehavioralVerificationRepository stopped(
+      std::make_shared<StoppedWithTheAnswer>(requester(), stop), clock_);
+  EXPECT_THROW(platform::wait(stopped.verify("key", stop.get_token())), platform::Error);
+  EXPECT_EQ(service_->received().size(), 1U);
+  EXPECT_TRUE(isCacheEmpty());
+  verify("key");
+  EXPECT_THROW(platform::wait(repository().verify("key", stop.get_token())), platform::Error)
+      << "though the answer is at hand";
+  EXPECT_THROW(platform::wait(repository().verify("other", stop.get_token())), platform::Error);
+  EXPECT_EQ(item(Item::behaviorVerificationAPIToken), "key");
+  EXPECT_FALSE(isCacheEmpty());
+}
+
 TEST(APIServiceTest, FindsTheHandshakeWithItsHost) {
   auto production = APIService::shared();
   EXPECT_EQ(APIService::shared(), production);
