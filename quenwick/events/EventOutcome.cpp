@@ -32,22 +32,21 @@ constexpr std::size_t kLongestReason = 4000;
 /// A shorter part of the credential would take words with it that only look like it.
 constexpr std::size_t kShortestPart = 4;
 
-/// What no line may show, should the answer repeat what it was sent.
-std::vector<std::string> secrets() {
-  if (!platform::SecItemsAreInMemory()) return {};  // nothing was sent
-  auto key = rawValue(SecureSessionData::behaviorAPIToken);
-  auto credential = AuthenticationKeychain::standard().string(key).value_or("");
+/// What no line may show of the credential, should the answer repeat it.
+void addParts(std::vector<std::string>& all, const std::string& credential) {
   auto plain = platform::base64Decoded(credential);
   auto colon = plain.find(':');
-  std::vector<std::string> all{credential, plain};
+  all.insert(all.end(), {credential, plain});
   for (auto part : {plain.substr(0, colon), plain.substr(colon + 1)}) {
     if (part.size() >= kShortestPart) all.push_back(std::move(part));
   }
-  return all;
 }
 
-std::string reasonOf(const platform::Error& error) {
-  return platform::redacted(error.localizedDescription(), secrets(), kLongestReason);
+/// Another credential may have taken the place of the one that was sent.
+std::string reasonOf(const platform::Error& error, const std::string& credential) {
+  std::vector<std::string> secrets;
+  for (const auto& each : {credential, currentCredential()}) addParts(secrets, each);
+  return platform::redacted(error.localizedDescription(), secrets, kLongestReason);
 }
 
 }  // namespace
@@ -61,20 +60,27 @@ EventState stateAfter(const platform::Error* error) {
   return EventState::failedOther;
 }
 
-void tellEvent(const platform::Dictionary& payload, const platform::Error* error) {
+std::string currentCredential() {
+  if (!platform::SecItemsAreInMemory()) return {};  // which nobody waits for here
+  auto key = rawValue(SecureSessionData::behaviorAPIToken);
+  return AuthenticationKeychain::standard().string(key).value_or("");
+}
+
+void tellEvent(const platform::Dictionary& payload, const platform::Error* error,
+               const std::string& credential) {
   if (!error) {
     const auto* event = payload.find("event");
     const auto* name = event ? event->as<std::string>() : nullptr;
     return Logger::log(kCategory, "Event: " + (name ? *name : "") + " Status: Success");
   }
   Logger::log(kCategory, "Could not log event " + platform::JSONSerialization::text(payload) + ":");
-  Logger::error(kCategory, reasonOf(*error));
+  Logger::error(kCategory, reasonOf(*error, credential));
 }
 
-void tellIdentification(const platform::Error* error) {
+void tellIdentification(const platform::Error* error, const std::string& credential) {
   if (!error) return;
   Logger::log(kCategory, "Could not identify user:");
-  Logger::error(kCategory, reasonOf(*error));
+  Logger::error(kCategory, reasonOf(*error, credential));
 }
 
 }  // namespace quenwick

@@ -132,10 +132,11 @@ void EventPipeline::finishEnded() {
     std::lock_guard lock(mutex_);
     finishing_.swap(ended_);
   }
-  for (const auto& [payload, error] : finishing_) {
+  for (const auto& [payload, error, credential] : finishing_) {
     --inFlight_;
     bool isIdentification = payload.kind == Kind::identification;
-    isIdentification ? tellIdentification(error.get()) : tellEvent(payload.content, error.get());
+    isIdentification ? tellIdentification(error.get(), credential)
+                     : tellEvent(payload.content, error.get(), credential);
     // Last, so that who waits for the end of all events finds their lines written.
     ledger_.move(EventState::inFlight, stateAfter(error.get()));
   }
@@ -175,6 +176,7 @@ void EventPipeline::startSends() {
 
 platform::Task<void> EventPipeline::send(std::shared_ptr<EventPipeline> self, Repository repository,
                                          Payload payload) {
+  auto credential = currentCredential();
   platform::ErrorPointer error;
   try {
     if (payload.kind == Kind::identification) {
@@ -185,7 +187,7 @@ platform::Task<void> EventPipeline::send(std::shared_ptr<EventPipeline> self, Re
   } catch (...) {
     error = platform::errorFrom(std::current_exception());
   }
-  self->end({std::move(payload), std::move(error)});
+  self->end({std::move(payload), std::move(error), std::move(credential)});
 }
 
 }  // namespace quenwick

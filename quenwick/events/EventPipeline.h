@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -103,6 +104,7 @@ class EventPipeline : public std::enable_shared_from_this<EventPipeline> {
   struct Ended {
     Payload payload;
     platform::ErrorPointer error;
+    std::string credential;
   };
 
   static void tellUnsound(const std::exception_ptr& exception);

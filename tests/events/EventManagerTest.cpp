@@ -240,6 +240,54 @@ TEST_F(EventManagerTest, AFailureIsToldWithItsPayloadAndItsError) {
   EXPECT_EQ(count(EventState::acknowledged), 1U);
 }
 
+/// Has another credential take the place of the one that was sent before the answer is looked at.
+class OvertakenRequester : public BehavioralEventRequestable {
+ public:
+  explicit OvertakenRequester(std::shared_ptr<const BehavioralEventRequestable> real)
+      : real_(std::move(real)) {}
+
+  platform::Task<BehavioralEventContainer> sendEvent(Dictionary payload) const override {
+    return overtaken(real_->sendEvent(std::move(payload)));
+  }
+  platform::Task<BehavioralEventContainer> identifyUser(Dictionary payload) const override {
+    return overtaken(real_->identifyUser(std::move(payload)));
+  }
+  const TimestampGenerator& timestampGenerator() const override {
+    return real_->timestampGenerator();
+  }
+
+ private:
+  static platform::Task<BehavioralEventContainer> overtaken(
+      platform::Task<BehavioralEventContainer> sending) {
+    std::exception_ptr failure;
+    try {
+      co_return co_await sending;
+    } catch (...) {
+      failure = std::current_exception();
+    }
+    AuthenticationKeychain::standard().set("b3RoZXI6c2VjcmV0",
+                                           rawValue(SecureSessionData::behaviorAPIToken));
+    std::rethrow_exception(failure);
+  }
+
+  std::shared_ptr<const BehavioralEventRequestable> real_;
+};
+
+TEST_F(EventManagerTest, ACredentialIsHiddenThoughAnotherHasTakenItsPlaceSince) {
+  auto key = rawValue(SecureSessionData::behaviorAPIToken);
+  auto credential = *AuthenticationKeychain::standard().string(key);
+  auto real = BehavioralEventRepository(service_.endpoint()).api();
+  manager_->start(std::make_shared<const BehavioralEventRepository>(
+      std::make_shared<OvertakenRequester>(real)));
+  service_.setFaults(R"([{"status": 400, "body": "no )" + credential + R"("}])");
+  for (bool isIdentification : {false, true}) {
+    AuthenticationKeychain::standard().set(std::string_view(credential), key);
+    isIdentification ? manager_->identifyUser("bob") : manager_->logCustomEvent("seen", {});
+    ASSERT_TRUE(flush());
+    EXPECT_EQ(lines().back(), "error: 400\nno …");
+  }
+}
+
 TEST_F(EventManagerTest, WithoutACredentialNothingIsSentAndALineSaysSo) {
   start();
   AuthenticationKeychain::standard().removeObject(rawValue(SecureSessionData::behaviorAPIToken));
