@@ -1,11 +1,15 @@
 #include "quenwick/client/VerificationFailure.h"
 
 #include <algorithm>
+#include <optional>
+#include <vector>
 
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
 #include "quenwick/API/Stack/APIKeyError.h"
+#include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/platform/Error.h"
 #include "quenwick/platform/Redaction.h"
+#include "quenwick/platform/SecItem.h"
 
 namespace quenwick {
 namespace {
@@ -41,10 +45,18 @@ void hideCredential(std::string& json, std::string_view key) {
   }
 }
 
+/// The key that is kept is the one that was sent where another registration came in between.
+std::vector<std::string> keysToHide(std::string_view apiKey) {
+  std::vector<std::string> keys{std::string(apiKey)};
+  if (!platform::SecItemsAreInMemory()) return keys;
+  if (auto kept = AuthenticationKeychain::behaviorVerificationAPIToken()) keys.push_back(*kept);
+  return keys;
+}
+
 }  // namespace
 
 std::string verificationFailureLine(const std::exception_ptr& failure, std::string_view apiKey) {
-  auto reason = platform::redacted(reasonOf(failure), {std::string(apiKey)}, kLongestReason);
+  auto reason = platform::redacted(reasonOf(failure), keysToHide(apiKey), kLongestReason);
   for (const auto* key :
        {R"("behavioral_endpoint_api_token")", R"("behavioral_endpoint_api_token_identifier")"}) {
     hideCredential(reason, key);

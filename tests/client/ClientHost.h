@@ -59,7 +59,8 @@ class ClientHost : public testing::Test {
        "end": {"status": 200, "delay": 60000}},
       {"link": "https://l.example/spring/sale", "chain": [{"to": "shopapp://sale"}]},
       {"link": "https://l.example/late", "chain": [{"delay": 1500, "to": "shopapp://late"}]}],
-    "behavior": {"keys": [{"key": "key", "bundleIdentifiers": ["com.example.shop"]}],
+    "behavior": {"keys": [{"key": "key", "bundleIdentifiers": ["com.example.shop"]},
+                          {"key": "second-key"}],
       "service": "https://api.example", "endpoint": "https://events.example/v1/events"}})";
 
   void SetUp() override { ASSERT_TRUE(configure(configuration())); }

@@ -4,6 +4,7 @@
 
 #include "quenwick/platform/KeysThread.h"
 #include "tests/client/ClientHost.h"
+#include "tests/support/IdlePool.h"
 
 namespace quenwick::tests {
 namespace {
@@ -81,6 +82,20 @@ TEST_F(StartTest, AWrongKeyEndsInOneLine) {
   ASSERT_TRUE(task && task->waitFor(60s));
   EXPECT_EQ(logged("error: Behavioral Verification failed: 403\n"), 1);
   EXPECT_EQ(logged("another key"), 0) << "no secret is logged";
+}
+
+TEST_F(StartTest, TwoRegistrationsAtOnceTellNeitherKey) {
+  service_.sandbox().setFaults(sandbox::BehaviorPart::verification,
+                               R"([{"status": 403, "body": "no second-key is known"}])");
+  std::promise<void> gate;
+  platform::keysThread().post([opened = gate.get_future().share()] { opened.wait(); });
+  auto first = QWClient::registerForBehaviors("first-key");
+  auto second = QWClient::registerForBehaviors("second-key");
+  untilPoolIsIdle();  // both keys are to be kept before either is sent
+  gate.set_value();
+  ASSERT_TRUE(first->waitFor(60s) && second->waitFor(60s));
+  EXPECT_EQ(logged("error: Behavioral Verification failed: 403\nno …"), 2);
+  EXPECT_EQ(logged("second-key"), 0) << "which both have sent";
 }
 
 TEST_F(StartTest, ARegistrationThatIsCancelledEnablesNothingThoughItsAnswerIsAtHand) {
