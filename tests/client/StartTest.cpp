@@ -90,8 +90,9 @@ TEST_F(StartTest, TwoRegistrationsAtOnceTellNeitherKey) {
   std::promise<void> gate;
   platform::keysThread().post([opened = gate.get_future().share()] { opened.wait(); });
   auto first = QWClient::registerForBehaviors("first-key");
+  untilPoolIsIdle();
   auto second = QWClient::registerForBehaviors("second-key");
-  untilPoolIsIdle();  // both keys are to be kept before either is sent
+  untilPoolIsIdle();  // both keys are to be kept, in this order, before either is sent
   gate.set_value();
   ASSERT_TRUE(first->waitFor(60s) && second->waitFor(60s));
   EXPECT_EQ(logged("error: Behavioral Verification failed: 403\nno …"), 2);
