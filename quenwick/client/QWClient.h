@@ -270,9 +270,9 @@ class QUENWICK_EXPORT QWClient {
   /// @{
 
   /// Sends a search that still waits for the user to pause, and waits until the service has
-  /// answered for every event and all that is kept is on disk; at most for the duration. Whether
-  /// it is so. May be called on the main thread, which it blocks that long, and any number of
-  /// times.
+  /// answered for every event of the shared client and all that is kept is on disk; at most for the
+  /// duration. Whether it is so. May be called on the main thread, which it blocks that long, and
+  /// any number of times.
   static bool flush(std::chrono::nanoseconds atMost);
 
   /// Ends the library in this process: calls no handler, publisher's receiver or hook any more when

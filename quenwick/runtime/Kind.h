@@ -68,7 +68,7 @@ struct Kind<float> {
   static float read(const platform::Value& value);
 };
 
-/// A text, or a number as it is written.
+/// A text, to its last digit, or a number, to as many digits as a double keeps.
 template <>
 struct Kind<Decimal> {
   static constexpr std::string_view name = "decimal";

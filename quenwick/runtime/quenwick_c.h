@@ -105,8 +105,8 @@ QUENWICK_API bool quenwick_perform(const char* selector, const char* arguments,
 QUENWICK_API char* quenwick_selectors(void);
 
 /// Sends a search that still waits for the user to pause, and waits until the service has answered
-/// for every event and all that is kept is on disk; at most that long. Whether it is so. May be
-/// called on the main thread, which it blocks that long.
+/// for every event of the shared client and all that is kept is on disk; at most that long. Whether
+/// it is so. May be called on the main thread, which it blocks that long.
 QUENWICK_API bool quenwick_flush(uint32_t milliseconds);
 
 /// Ends the library in this process: calls nothing of the host's any more when it returns, has
