@@ -183,13 +183,13 @@ void Load::setHeaders() {
   TextList headers;
   std::string encodings;  // empty: all that curl decodes
   for (const auto& [name, value] : fields) {
-    if (equalsIgnoringCase(name, "Accept-Encoding")) {
-      encodings = value;
-      continue;
-    }
     if (name.find_first_of(kLineEnds) != name.npos ||
         value.find_first_of(kLineEnds) != value.npos) {
       continue;  // it would begin a field that nobody meant
+    }
+    if (equalsIgnoringCase(name, "Accept-Encoding")) {
+      encodings = value;
+      continue;
     }
     auto line = name;
     line.append(value.empty() ? ";" : ": ").append(value);

@@ -96,7 +96,11 @@ TEST_F(URLSessionTest, SendsMethodHeadersAndBodyAsGiven) {
     auto sent = request("https://a.example/echo");
     sent.httpMethod = method;
     sent.httpBody = std::string("a\0b", 3);
-    sent.headerFields = {{"X-Both", "request"}, {"X-Empty", ""}, {"User-Agent", "u"}};
+    sent.headerFields = {{"X-Both", "request"},
+                         {"X-Empty", ""},
+                         {"User-Agent", "u"},
+                         {"X-Line", "a\r\nX-Forged: 1"},
+                         {"Accept-Encoding", "gzip\r\nX-Forged: 1"}};
     EXPECT_EQ(wait(session->data(sent)).data, "echo");
   }
   auto got = service_.sandbox().requests();
@@ -105,6 +109,7 @@ TEST_F(URLSessionTest, SendsMethodHeadersAndBodyAsGiven) {
     EXPECT_NE(got.find(part), got.npos) << part << got;
   }
   EXPECT_EQ(got.find("\"Expect\""), got.npos);
+  EXPECT_EQ(got.find("\"X-Forged\""), got.npos);
 }
 
 /// A name with a longer label than there are, which nobody asks the network for.
