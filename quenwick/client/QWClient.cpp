@@ -8,7 +8,9 @@
 #include "quenwick/client/HostCalls.h"
 #include "quenwick/client/Lifecycle.h"
 #include "quenwick/events/BehaviorEventManager.h"
+#include "quenwick/events/Scheduler.h"
 #include "quenwick/platform/Replaceable.h"
+#include "quenwick/platform/URLSession.h"
 #include "quenwick/state/Analytics.h"
 
 namespace quenwick {
@@ -54,8 +56,10 @@ void QWClient::setShared(std::shared_ptr<QWClient> client) {
 }
 
 BehaviorEventManager& QWClient::eventManager() {
-  std::call_once(state_->hasEventManager,
-                 [this] { state_->eventManager = std::make_unique<BehaviorEventManager>(); });
+  std::call_once(state_->hasEventManager, [this] {
+    state_->eventManager = std::make_unique<BehaviorEventManager>(
+        platform::URLSession::shared(), Scheduler::main(), Lifecycle::shared().stopToken());
+  });
   return *state_->eventManager;
 }
 

@@ -278,8 +278,9 @@ class QUENWICK_EXPORT QWClient {
   /// Ends the library in this process: calls no handler, publisher's receiver or hook any more when
   /// it returns, releases them, ends resolutions, and waits until all that is kept is on disk; at
   /// most for the duration. Whether all of it has ended. A handler may call it, and is itself not
-  /// waited for. Events that were not sent by then are lost: `flush` first. Every later call is
-  /// refused with an error line, but for those of the log types; another `shutdown` waits again.
+  /// waited for. Events whose turn to be sent has not come are lost: `flush` first. Every later
+  /// call is refused with an error line, but for those of the log types; another `shutdown` waits
+  /// again.
   static bool shutdown(std::chrono::nanoseconds atMost);
 
   /// @}

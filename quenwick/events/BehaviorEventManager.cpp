@@ -34,10 +34,11 @@ struct BehaviorEventManager::Search {
 };
 
 BehaviorEventManager::BehaviorEventManager(std::shared_ptr<platform::URLSession> session,
-                                           std::shared_ptr<Scheduler> scheduler)
+                                           std::shared_ptr<Scheduler> scheduler,
+                                           std::stop_token end)
     : session_(std::move(session)),
       scheduler_(std::move(scheduler)),
-      pipeline_(std::make_shared<EventPipeline>()),
+      pipeline_(std::make_shared<EventPipeline>(std::move(end))),
       productSearchedDebouncer_(std::make_shared<Debounce<Search>>(scheduler_)) {
   productSearchedDebouncer_->setCompletion([pipeline = pipeline_](Search search) {
     pipeline->post([search = std::move(search)](EventPipeline& self) mutable {

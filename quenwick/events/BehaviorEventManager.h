@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <memory>
+#include <stop_token>
 #include <string>
 
 #include "quenwick/API/Models/OrderCompletedProperties.h"
@@ -22,14 +23,14 @@ class Debounce;
 ///
 /// Every call returns at once, from any thread, and never throws; payloads are made and sent on
 /// the pool, in the order of the calls, and the log says what became of each. What was taken is
-/// sent also where the manager has gone, except a search within its quiet period. Nothing is kept
-/// across the end of the process.
+/// sent also where the manager has gone, except a search within its quiet period, unless `end` was
+/// asked to stop before its turn. Nothing is kept across the end of the process.
 class BehaviorEventManager {
  public:
   /// `scheduler` tells when a search has been quiet for long enough.
   explicit BehaviorEventManager(
       std::shared_ptr<platform::URLSession> session = platform::URLSession::shared(),
-      std::shared_ptr<Scheduler> scheduler = Scheduler::main());
+      std::shared_ptr<Scheduler> scheduler = Scheduler::main(), std::stop_token end = {});
   ~BehaviorEventManager();
   BehaviorEventManager(const BehaviorEventManager&) = delete;
   BehaviorEventManager& operator=(const BehaviorEventManager&) = delete;

@@ -25,7 +25,7 @@ enum class EventState {
   failedOther,
   droppedSuperseded,   ///< a newer search came within the quiet period
   droppedOverflow,     ///< too much was waiting already
-  droppedManagerGone,  ///< a search whose manager went within the quiet period
+  droppedManagerGone,  ///< a search whose manager went within the quiet period, or it all ended
 };
 
 inline constexpr std::size_t kEventStates = 14;

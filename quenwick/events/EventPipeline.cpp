@@ -160,6 +160,7 @@ void EventPipeline::takeSteps() {
 /// Once all places are taken, some of them must be free again before sends begin: they leave
 /// in company, which costs the loading thread less.
 void EventPipeline::startSends() {
+  if (end_.stop_requested()) return dropWaiting();
   if (isFull_ && inFlight_ > kMostInFlight - kFreeBeforeNext) return;
   auto repository = this->repository();
   if (!repository) return;
@@ -172,6 +173,11 @@ void EventPipeline::startSends() {
     platform::spawn(send(shared_from_this(), repository, std::move(payload)));
   }
   isFull_ = inFlight_ == kMostInFlight;
+}
+
+void EventPipeline::dropWaiting() {
+  for (const auto& payload : waiting_) settle(payload.bytes, EventState::droppedManagerGone);
+  waiting_.clear();
 }
 
 platform::Task<void> EventPipeline::send(std::shared_ptr<EventPipeline> self, Repository repository,

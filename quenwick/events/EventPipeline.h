@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,6 +20,7 @@ namespace quenwick {
 /// The way of events from the host's call to the service. What is handed in is taken up on the
 /// pool in the order in which it came, one at a time: payloads are built there, sends begin there,
 /// and lines are written there. Work that was taken keeps the pipeline alive until it has ended.
+/// Once it is asked to stop no send begins any more: what waits is dropped.
 class EventPipeline : public std::enable_shared_from_this<EventPipeline> {
  public:
   /// How much memory what waits may take, about.
@@ -33,6 +35,8 @@ class EventPipeline : public std::enable_shared_from_this<EventPipeline> {
     platform::Dictionary content = {};
     std::size_t bytes = 0;
   };
+
+  explicit EventPipeline(std::stop_token end) : end_(std::move(end)) {}
 
   bool isEnabled() const { return isEnabled_; }
   Repository repository() const;
@@ -58,7 +62,10 @@ class EventPipeline : public std::enable_shared_from_this<EventPipeline> {
   void offerStep(std::size_t bytes, Run run) {
     auto all = bytes + sizeof(Run) + kOverhead;
     if (!admit(all)) return;
-    post([all, run = std::move(run)](EventPipeline& self) mutable { run(self, all); });
+    post([all, run = std::move(run)](EventPipeline& self) mutable {
+      if (self.end_.stop_requested()) return self.settle(all, EventState::droppedManagerGone);
+      run(self, all);
+    });
   }
 
   /// Runs `run` with this, after what was handed in before.
@@ -123,7 +130,9 @@ class EventPipeline : public std::enable_shared_from_this<EventPipeline> {
   void finishEnded();
   void takeSteps();
   void startSends();
+  void dropWaiting();
 
+  const std::stop_token end_;
   EventLedger ledger_;
   std::atomic<bool> isEnabled_ = false;
   std::atomic<std::size_t> waitingBytes_ = 0;

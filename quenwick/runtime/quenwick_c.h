@@ -112,8 +112,8 @@ QUENWICK_API bool quenwick_flush(uint32_t milliseconds);
 /// Ends the library in this process: calls nothing of the host's any more when it returns, has
 /// called every `destroy`, and waits until all that is kept is on disk; at most that long. Whether
 /// all of it has ended. A callback within which it is called is let go of when that returns. Events
-/// that were not sent by then are lost: flush first. Every later call is refused. To be called
-/// before an interpreter ends and before the library is unloaded.
+/// whose turn to be sent has not come are lost: flush first. Every later call is refused. To be
+/// called before an interpreter ends and before the library is unloaded.
 QUENWICK_API bool quenwick_shutdown(uint32_t milliseconds);
 
 #ifdef __cplusplus

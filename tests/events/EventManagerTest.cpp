@@ -363,6 +363,24 @@ TEST_F(EventManagerTest, EventsLeaveInTheOrderInWhichTheyWereOffered) {
   EXPECT_EQ(service_.events().size(), offered.size());
 }
 
+TEST_F(EventManagerTest, OnceItAllHasEndedNothingThatWaitsIsSent) {
+  std::stop_source end;
+  manager_ = std::make_unique<BehaviorEventManager>(platform::URLSession::make(), scheduler_,
+                                                    end.get_token());
+  start();
+  manager_->productSearched(Dictionary{{"query", "boots"}});
+  settle();
+  holdUp();
+  manager_->logCustomEvent("late", {});
+  ASSERT_TRUE(log_->waitUntilHolding());
+  end.request_stop();
+  log_->letGo();
+  scheduler_->advance(std::chrono::seconds(1));
+  ASSERT_TRUE(flush());
+  EXPECT_EQ(count(EventState::droppedManagerGone), 2U);
+  EXPECT_TRUE(service_.receivedPaths().empty());
+}
+
 TEST_F(EventManagerTest, WhatWasTakenIsSentWhenTheManagerHasGone) {
   start();
   for (int i = 0; i < 100; ++i) manager_->logCustomEvent("last", {});
