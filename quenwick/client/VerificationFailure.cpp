@@ -14,21 +14,9 @@
 namespace quenwick {
 namespace {
 
-std::string reasonOf(const std::exception_ptr& failure) {
-  using Errors = BehavioralVerificationRepository::Errors;
-  try {
-    std::rethrow_exception(failure);
-  } catch (const APIKeyError&) {
-    return "API Key Not Found";
-  } catch (const Errors& error) {
-    bool isEndpoint = error.code() == Errors::Code::coercingEndpointURLFailed;
-    return isEndpoint ? "Could not coerce the endpoint into a URL" : error.localizedDescription();
-  } catch (...) {
-    return platform::errorFrom(failure)->localizedDescription();
-  }
-}
-
 constexpr std::size_t kLongestReason = 4000;
+/// An answer may have megabytes.
+constexpr std::size_t kLookedThrough = 64UL << 10;
 
 /// Where the JSON text that begins there ends: before its closing quote, or with the whole.
 std::size_t endOfText(std::string_view json, std::size_t at) {
@@ -53,15 +41,34 @@ std::vector<std::string> keysToHide(std::string_view apiKey) {
   return keys;
 }
 
+/// What a service answered may hold them; a text of the library's own does not, and stays as it is.
+std::string withoutSecrets(std::string text, std::string_view apiKey) {
+  text.resize(std::min(text.size(), kLookedThrough));
+  for (const auto* key :
+       {R"("behavioral_endpoint_api_token")", R"("behavioral_endpoint_api_token_identifier")"}) {
+    hideCredential(text, key);
+  }
+  return platform::redacted(text, keysToHide(apiKey), kLongestReason);
+}
+
+std::string reasonOf(const std::exception_ptr& failure, std::string_view apiKey) {
+  using Errors = BehavioralVerificationRepository::Errors;
+  try {
+    std::rethrow_exception(failure);
+  } catch (const APIKeyError&) {
+    return "API Key Not Found";
+  } catch (const Errors& error) {
+    bool isEndpoint = error.code() == Errors::Code::coercingEndpointURLFailed;
+    return isEndpoint ? "Could not coerce the endpoint into a URL" : error.localizedDescription();
+  } catch (...) {
+    return withoutSecrets(platform::errorFrom(failure)->localizedDescription(), apiKey);
+  }
+}
+
 }  // namespace
 
 std::string verificationFailureLine(const std::exception_ptr& failure, std::string_view apiKey) {
-  auto reason = platform::redacted(reasonOf(failure), keysToHide(apiKey), kLongestReason);
-  for (const auto* key :
-       {R"("behavioral_endpoint_api_token")", R"("behavioral_endpoint_api_token_identifier")"}) {
-    hideCredential(reason, key);
-  }
-  return "Behavioral Verification failed: " + reason;
+  return "Behavioral Verification failed: " + reasonOf(failure, apiKey);
 }
 
 }  // namespace quenwick

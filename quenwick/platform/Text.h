@@ -55,8 +55,8 @@ bool equalsIgnoringCase(std::string_view left, std::string_view right);
 /// the point ("1.0", "0.9"). The same in every locale.
 std::string shortestDecimal(double number);
 
-/// The number that the whole text is, decimal or hexadecimal, infinities included; none for any
-/// other text, one with blanks around the number too. The same in every locale.
+/// The number that the whole text is, decimal or hexadecimal, infinities and "nan" included; none
+/// for any other text, one with blanks around the number too. The same in every locale.
 std::optional<double> parsedDouble(std::string_view text);
 
 }  // namespace quenwick::platform

@@ -181,7 +181,7 @@ std::string shortestDecimal(double number) {
 
 std::optional<double> parsedDouble(std::string_view text) {
   std::string owned(text);
-  if (owned.empty() || g_ascii_isspace(owned.front())) return std::nullopt;
+  if (owned.empty() || g_ascii_isspace(owned.front()) || owned.front() == '\v') return std::nullopt;
   char* end = nullptr;
   double number = g_ascii_strtod(owned.c_str(), &end);
   return end == owned.data() + owned.size() ? std::optional(number) : std::nullopt;

@@ -95,6 +95,7 @@ TEST_F(AuthenticationTokenManagerTest, ATokenIsReturnedUntilHalfAMinuteBeforeIts
                                    {"inf", 15, false},
                                    {"", 15, true},
                                    {" 2000000000", 15, true},
+                                   {"\v2000000000", 15, true},
                                    {"2000000000 ", 15, true},
                                    {"2000000000s", 15, true},
                                    {"nan", 15, true}};

@@ -60,7 +60,7 @@ class ClientHost : public testing::Test {
       {"link": "https://l.example/spring/sale", "chain": [{"to": "shopapp://sale"}]},
       {"link": "https://l.example/late", "chain": [{"delay": 1500, "to": "shopapp://late"}]}],
     "behavior": {"keys": [{"key": "key", "bundleIdentifiers": ["com.example.shop"]},
-                          {"key": "second-key"}],
+                          {"key": "second-key"}, {"key": "a"}],
       "service": "https://api.example", "endpoint": "https://events.example/v1/events"}})";
 
   void SetUp() override { ASSERT_TRUE(configure(configuration())); }

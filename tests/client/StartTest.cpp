@@ -84,6 +84,20 @@ TEST_F(StartTest, AWrongKeyEndsInOneLine) {
   EXPECT_EQ(logged("another key"), 0) << "no secret is logged";
 }
 
+TEST_F(StartTest, AKeyThatIsAWordOfALineLeavesTheLine) {
+  service_.sandbox().setFaults(sandbox::BehaviorPart::verification,
+                               R"([{"kind": "bad-endpoint", "times": 1},
+                                   {"status": 500, "json": {
+                                     "behavioral_endpoint_api_token": "not to be seen"}}])");
+  for (int i = 0; i < 2; ++i) {
+    auto task = QWClient::registerForBehaviors("a");
+    ASSERT_TRUE(task && task->waitFor(60s));
+  }
+  EXPECT_EQ(logged("failed: Could not coerce the endpoint into a URL"), 1);
+  EXPECT_EQ(logged("failed: 500\n{\"beh…vior…l_"), 1);
+  EXPECT_EQ(logged("seen"), 0) << "though its name in the answer is not whole";
+}
+
 TEST_F(StartTest, TwoRegistrationsAtOnceTellNeitherKey) {
   service_.sandbox().setFaults(sandbox::BehaviorPart::verification,
                                R"([{"status": 403, "body": "no second-key is known"}])");
