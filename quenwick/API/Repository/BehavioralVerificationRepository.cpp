@@ -33,7 +33,7 @@ bool hasHandshake() {
 void set(std::string_view text, Item item) { keychain().set(text, rawValue(item)); }
 
 void throwIfStopped(const std::stop_token& stop) {
-  if (stop.stop_requested()) throw platform::OtherError("The verification was stopped");
+  if (stop.stop_requested()) throw platform::OtherError("The verification was cancelled");
 }
 
 const char* textOf(BehavioralVerificationRepository::Errors::Code code) {
