@@ -8,6 +8,7 @@
 #include "quenwick/platform/PostsTogether.h"
 #include "quenwick/platform/Text.h"
 #include "quenwick/platform/URLError_curl.h"
+#include "quenwick/platform/UTF8Locale.h"
 
 namespace quenwick::platform {
 namespace {
@@ -70,13 +71,19 @@ void Loads::drive() {
   if (isInCompany) OpenSockets::shared().hold();
   for (bool goesOn = true; goesOn;) {
     bool hadBegun = std::exchange(hasBegun_, false);
-    int running = 0;
-    curl_multi_perform(multi_.get(), &running);
+    perform();
     takeEnded();
     goesOn = hasBegun_ || (hadBegun && loads_.size() > 1);
   }
   if (isInCompany) OpenSockets::shared().letGo();
   failTimedOut();
+}
+
+/// International names of hosts are read in the locale.
+void Loads::perform() {
+  UTF8Locale utf8;
+  int running = 0;
+  curl_multi_perform(multi_.get(), &running);
 }
 
 void Loads::wait(curl_waitfd& descriptor, std::chrono::milliseconds atMost) const {

@@ -33,6 +33,7 @@ class Loads {
   void wait(curl_waitfd& descriptor, std::chrono::milliseconds atMost) const;
 
  private:
+  void perform();
   void takeEnded();
   void begin(const std::shared_ptr<Load>& load);
   void hopEnded(const std::shared_ptr<Load>& load, CURLcode code);

@@ -43,7 +43,8 @@ constexpr auto kScenario = R"({
     {"at": "https://a.example/huge", "status": 200, "repeatBody": 100000000},
     {"at": "https://a.example/endless", "status": 200, "repeatBody": 100000000, "chunked": true},
     {"at": "https://wrong.example/", "status": 200}, {"at": "https://expired.example/", "status": 200},
-    {"at": "https://stranger.example/", "status": 200}
+    {"at": "https://stranger.example/", "status": 200},
+    {"at": "https://xn--strae-oqa.example/", "status": 200, "body": "abroad"}
   ],
   "certificates": {"wrong.example": "wrong-host", "expired.example": "expired",
                    "stranger.example": "unknown-issuer"}
@@ -86,6 +87,17 @@ TEST_F(URLSessionTest, FollowsRedirectsOverHostsToTheEnd) {
                                       "GET b.example/end"}));
   auto plain = wait(session->data(request("http://plain.example/x")));
   EXPECT_EQ(plain.response->url->absoluteString(), "http://plain.example/y");
+}
+
+// The test's own locale is "C", as that of any program that has set none.
+TEST_F(URLSessionTest, AnInternationalHostIsFoundInEveryLocale) {
+  auto session = URLSession::make(service_.configuration());
+  for (const auto* url : {"https://straße.example/", "https://stra%C3%9Fe.example/",
+                          "https://xn--strae-oqa.example/"}) {
+    auto outcome = wait(session->data(request(url)));
+    EXPECT_EQ(outcome.data, "abroad");
+    EXPECT_EQ(outcome.response->url->absoluteString(), url);
+  }
 }
 
 TEST_F(URLSessionTest, SendsMethodHeadersAndBodyAsGiven) {
