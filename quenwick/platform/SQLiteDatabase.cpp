@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <thread>
 #include <utility>
 
 #include "quenwick/platform/LogSink.h"
@@ -11,7 +13,8 @@
 namespace quenwick::platform {
 namespace {
 
-constexpr int kBusyMilliseconds = 5000;
+constexpr std::chrono::milliseconds kPatience(5000);
+constexpr std::chrono::milliseconds kPause(1);
 
 SQLiteValue column(sqlite3_stmt* statement, int index) {
   switch (sqlite3_column_type(statement, index)) {
@@ -50,6 +53,8 @@ bool SQLiteError::isDamaged() const {
   return std::ranges::find(kCodes, code_ & 0xff) != kCodes.end();
 }
 
+bool SQLiteError::isBusy() const { return (code_ & 0xff) == SQLITE_BUSY; }
+
 SQLiteError SQLiteError::damaged(std::string description) {
   return SQLiteError(SQLITE_CORRUPT, std::move(description));
 }
@@ -67,12 +72,26 @@ SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& file, NewFile newFil
                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
   database_.reset(database);
   if (code != SQLITE_OK) throw SQLiteError(code, sqlite3_errstr(code));
-  sqlite3_busy_timeout(database, kBusyMilliseconds);
+  sqlite3_busy_timeout(database, static_cast<int>(kPatience.count()));
   std::error_code error;
   bool isBegun = std::filesystem::file_size(file, error) > 0;
   bool isUnwaited = !isBegun && newFile == NewFile::quick;
   run(isUnwaited ? "PRAGMA synchronous = OFF" : "PRAGMA synchronous = NORMAL");
-  run("PRAGMA journal_mode = WAL");
+  keepLog();
+}
+
+/// Of several that begin a file at once the engine refuses all but one, without any patience.
+void SQLiteDatabase::keepLog() {
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  for (;;) {
+    try {
+      run("PRAGMA journal_mode = WAL");
+      return;
+    } catch (const SQLiteError& error) {
+      if (!error.isBusy() || std::chrono::steady_clock::now() >= end) throw;
+    }
+    std::this_thread::sleep_for(kPause);
+  }
 }
 
 std::vector<SQLiteDatabase::Row> SQLiteDatabase::run(std::string_view statement,

@@ -22,6 +22,8 @@ class SQLiteError : public Error {
  public:
   SQLiteError(int code, std::string description) : Error(std::move(description)), code_(code) {}
   bool isDamaged() const;
+  /// Another connection has the file.
+  bool isBusy() const;
 
   /// For what the engine itself takes for sound.
   static SQLiteError damaged(std::string description);
@@ -65,6 +67,7 @@ class SQLiteDatabase {
   };
   using Statement = std::unique_ptr<sqlite3_stmt, Close>;
 
+  void keepLog();
   [[noreturn]] void fail(int code) const;
   sqlite3_stmt* prepared(std::string_view statement);
   void bind(sqlite3_stmt* statement, const std::vector<SQLiteValue>& values);

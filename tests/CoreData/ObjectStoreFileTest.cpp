@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <future>
+#include <latch>
 #include <string>
 #include <vector>
 
@@ -56,6 +58,22 @@ TEST_F(ObjectStoreFileTest, AColumnOfAnotherTypeReadsAsUnset) {
     auto* note = context.execute({.entityName = "Note"}).at(0);
     EXPECT_EQ(note->valueForKey("at"), AttributeValue());
   });
+}
+
+TEST_F(ObjectStoreFileTest, ANewFileMayBeBegunBySeveralAtOnce) {
+  constexpr int kFiles = 100;
+  for (int i = 0; i < kFiles; ++i) {
+    auto begun = file().parent_path() / std::to_string(i);
+    std::latch together(8);
+    std::vector<std::future<void>> opened;
+    for (int each = 0; each < 8; ++each) {
+      opened.push_back(std::async(std::launch::async, [&] {
+        together.arrive_and_wait();
+        SQLiteDatabase(begun, NewFile::quick).run("CREATE TABLE IF NOT EXISTS made (it)");
+      }));
+    }
+    for (auto& each : opened) ASSERT_NO_THROW(each.get()) << i;
+  }
 }
 
 TEST_F(ObjectStoreFileTest, ADamagedFileIsSetAsideOnceAndANewOneBegun) {
