@@ -61,12 +61,13 @@ T* findOrFetch(platform::ManagedObjectContext& context, const platform::Predicat
   return objects.empty() ? nullptr : objects.front();
 }
 
-/// The object that matches, else a new one with nothing set, which the caller fills and saves. Null
-/// with an error line where the new one is not a T.
+/// The object that matches, else a new one with nothing set, which the caller fills and saves; of
+/// several contexts or processes that do so at once, all save the same record. Null with an error
+/// line where the new one is not a T.
 template <ManagedObjectType T>
 T* findOrCreate(platform::ManagedObjectContext& context, const platform::Predicate& predicate) {
   if (auto* object = findOrFetch<T>(context, predicate)) return object;
-  auto* object = dynamic_cast<T*>(context.insertNewObject(T::entityName));
+  auto* object = dynamic_cast<T*>(context.insertNewObject(T::entityName, predicate));
   if (!object) Logger::error(QWLogType::deeplink, "Wrong Object Type");
   return object;
 }

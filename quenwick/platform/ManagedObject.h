@@ -10,6 +10,7 @@
 #include <variant>
 
 #include "quenwick/platform/ManagedObjectModel.h"
+#include "quenwick/platform/Predicate.h"
 
 namespace quenwick::platform {
 
@@ -75,6 +76,7 @@ class ManagedObject {
   ManagedObjectContext* context_ = nullptr;
   ManagedObjectID id_;
   bool isInserted_ = false;
+  std::optional<Predicate> isNewUnless_;
   mutable bool isFault_ = false;
   mutable AttributeValues values_;
   std::set<std::string, std::less<>> changedKeys_;

@@ -93,12 +93,14 @@ void ManagedObjectContext::post(Work work) {
   }
 }
 
-ManagedObject* ManagedObjectContext::insertNewObject(std::string_view entityName) {
+ManagedObject* ManagedObjectContext::insertNewObject(std::string_view entityName,
+                                                     std::optional<Predicate> isNewUnless) {
   const auto* entity = store_->model().entity(entityName);
   if (!entity) return nullptr;
   auto& object = registerObject(*entity, {entity->name, true, ++lastTemporaryKey_});
   noteChange(object);
   object.isInserted_ = true;
+  object.isNewUnless_ = std::move(isNewUnless);
   return &object;
 }
 
@@ -139,19 +141,28 @@ void ManagedObjectContext::save() {
     AttributeValues values;
     for (const auto& key : object->changedKeys_) values.emplace(key, object->valueForKey(key));
     changes.push_back(changeOf(*object, std::move(values)));
+    const auto& unless = object->isNewUnless_;
+    if (unless && unless->evaluate(*object)) changes.back().isNewUnless = unless;
   }
-  auto keys = store_->save(changes);
-  for (std::size_t i = 0; i < keys.size(); ++i) didSave(*changed_[i], keys[i]);
+  auto saved = store_->save(changes);
+  for (std::size_t i = 0; i < saved.size(); ++i) {
+    didSave(*changed_[i], saved[i].key, saved[i].wasThere);
+  }
   changed_.clear();
 }
 
-void ManagedObjectContext::didSave(ManagedObject& object, std::int64_t key) {
+void ManagedObjectContext::didSave(ManagedObject& object, std::int64_t key, bool wasThere) {
   object.changedKeys_.clear();
   if (!std::exchange(object.isInserted_, false)) return;
   auto node = registered_.extract(object.id_);
   object.id_ = {object.entity().name, false, key};
-  node.key() = object.id_;
-  registered_.insert(std::move(node));
+  if (wasThere) {
+    object.values_.clear();
+    object.isFault_ = true;
+  }
+  auto& place = registered_[object.id_];
+  if (place) replaced_.push_back(std::move(place));
+  place = std::move(node.mapped());
 }
 
 std::vector<ManagedObject*> ManagedObjectContext::registeredObjects() const {

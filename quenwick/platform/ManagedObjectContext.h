@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -37,8 +38,11 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   /// outside such work it would wait forever.
   void performAndWait(const Work& work);
 
-  /// A new object with nothing set, or null where the model has no such entity.
-  ManagedObject* insertNewObject(std::string_view entityName);
+  /// A new object with nothing set, or null where the model has no such entity. Given a predicate
+  /// that the object satisfies when it is saved, it becomes the stored object that satisfies it
+  /// too, if there is one by then.
+  ManagedObject* insertNewObject(std::string_view entityName,
+                                 std::optional<Predicate> isNewUnless = std::nullopt);
 
   /// The objects asked for, the context's unsaved changes taken into account. A row that is
   /// registered already yields its registered object, with the values of the file unless it has
@@ -66,12 +70,13 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   void noteChange(ManagedObject& object);
   AttributeValues storedValues(const ManagedObject& object) const;
   void mergeChanges(const FetchRequest& request, std::vector<ManagedObject*>& objects) const;
-  void didSave(ManagedObject& object, std::int64_t key);
+  void didSave(ManagedObject& object, std::int64_t key, bool wasThere);
 
   const std::shared_ptr<PersistentStore> store_;
   const Queue queue_;
   std::int64_t lastTemporaryKey_ = 0;
   std::map<ManagedObjectID, std::unique_ptr<ManagedObject>> registered_;
+  std::vector<std::unique_ptr<ManagedObject>> replaced_;  // by another object of the same row
   std::vector<ManagedObject*> changed_;  // in the order in which they were first changed
 };
 

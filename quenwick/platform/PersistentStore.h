@@ -54,9 +54,16 @@ class PersistentStore {
     /// None for a new row.
     std::optional<std::int64_t> key;
     AttributeValues values;
+    /// A row that matches by then, another process's for one, is changed in place of a new one.
+    std::optional<Predicate> isNewUnless = std::nullopt;
   };
-  /// Writes all of the changes or, where it throws, none of them. The keys of their rows.
-  std::vector<std::int64_t> save(const std::vector<Change>& changes);
+  struct Saved {
+    std::int64_t key = 0;
+    /// The change was meant to be a new row, and is none.
+    bool wasThere = false;
+  };
+  /// Writes all of the changes or, where it throws, none of them. Their rows, in their order.
+  std::vector<Saved> save(const std::vector<Change>& changes);
 
  private:
   template <class Use>

@@ -40,6 +40,28 @@ const EntityDescription& require(const ManagedObjectModel& model, const std::str
                       "the model has no entity " + entityName);
 }
 
+/// The first row that matches the change's condition.
+std::optional<std::int64_t> rowInPlace(SQLiteDatabase& database,
+                                       const PersistentStore::Change& change) {
+  if (change.key || !change.isNewUnless) return std::nullopt;
+  auto found = run(database, selectRows(change.entity, {.entityName = change.entity.name,
+                                                        .predicate = change.isNewUnless,
+                                                        .fetchLimit = 1}));
+  const auto* key = found.empty() ? nullptr : std::get_if<std::int64_t>(&found[0].front());
+  return key ? std::optional(*key) : std::nullopt;
+}
+
+PersistentStore::Saved save(SQLiteDatabase& database, const PersistentStore::Change& change) {
+  auto inPlace = rowInPlace(database, change);
+  auto key = change.key ? change.key : inPlace;
+  if (!key) {
+    run(database, insertRow(change.entity, change.values));
+    return {database.lastInsertedRow()};
+  }
+  if (!change.values.empty()) run(database, updateRow(change.entity, *key, change.values));
+  return {*key, inPlace.has_value()};
+}
+
 }  // namespace
 
 PersistentStore::PersistentStore(std::filesystem::path file, ManagedObjectModel model)
@@ -83,16 +105,13 @@ AttributeValues PersistentStore::values(const EntityDescription& entity, std::in
   return found.empty() ? AttributeValues() : attributeValues(entity, found.front());
 }
 
-std::vector<std::int64_t> PersistentStore::save(const std::vector<Change>& changes) {
+std::vector<PersistentStore::Saved> PersistentStore::save(const std::vector<Change>& changes) {
   return withDatabase([&](SQLiteDatabase& database) {
-    std::vector<std::int64_t> keys;
+    std::vector<Saved> saved;
     SQLiteTransaction transaction(database);
-    for (const auto& [entity, key, values] : changes) {
-      run(database, key ? updateRow(entity, *key, values) : insertRow(entity, values));
-      keys.push_back(key ? *key : database.lastInsertedRow());
-    }
+    for (const auto& change : changes) saved.push_back(platform::save(database, change));
     transaction.commit();
-    return keys;
+    return saved;
   });
 }
 

@@ -88,6 +88,31 @@ TEST_F(LinkUserStoreTest, AnIdentifierHasOneRecordHoweverOftenItIsSeen) {
   EXPECT_EQ(newestFirst(manager), (std::vector<std::string>{"u-1", "U-1"}));
 }
 
+TEST_F(LinkUserStoreTest, AnIdentifierHasOneRecordThoughSeveralBeginItAtOnce) {
+  auto manager = open();
+  auto other = open();  // stands for another process
+  auto context = manager.backgroundContext();
+  auto theirs = other.backgroundContext();
+  context->performAndWait([&] {
+    auto predicate = DeeplinkQWU::searchByValuePredicate("u");
+    auto* first = findOrCreate<DeeplinkQWU>(*context, predicate);
+    auto* second = findOrCreate<DeeplinkQWU>(*context, predicate);
+    auto* renamed = findOrCreate<DeeplinkQWU>(*context, predicate);
+    see(*theirs, "u", 1);
+    theirs->save();
+    for (auto* record : {first, second}) record->setValue("u");
+    second->setLastSeenAt(dateFrom(2));
+    renamed->setValue("v");
+    context->save();
+    EXPECT_EQ(first->objectID(), second->objectID());
+    EXPECT_NE(renamed->objectID(), first->objectID());
+    EXPECT_EQ(first->lastSeenAt(), dateFrom(2)) << "read again";
+    second->setLastSeenAt(dateFrom(3));
+    context->save();
+  });
+  EXPECT_EQ(newestFirst(other), (std::vector<std::string>{"u", "v"}));
+}
+
 TEST_F(LinkUserStoreTest, RecordsComeNewestFirstAndAreKeptAcrossLaunches) {
   const std::vector<std::string> expected = {"it's 100%", "", "%@", "undated"};
   {
