@@ -93,7 +93,7 @@ std::optional<std::string> Lifecycle::take(Configuration configuration) {
     return "the library is in use already";
   }
   std::swap(configuration_, configuration);
-  // Another one's (a window toolkit's) stays where neither this one nor the last names one.
+  // Another one's stays where neither this one nor the last names one.
   if (configuration_.mainExecutor || configuration.mainExecutor) {
     platform::MainActor::setExecutor(executorFrom(configuration_));
   }

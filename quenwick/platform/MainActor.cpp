@@ -13,6 +13,11 @@ Replaceable<Executor>& current() {
   return instance;
 }
 
+Replaceable<Executor>& toolkits() {
+  static auto& instance = *new Replaceable<Executor>;
+  return instance;
+}
+
 /// The library's own: never destroyed, as its thread is never joined.
 std::shared_ptr<Executor> ownThread() {
   static auto& instance = *new SerialThread("quenwick-main");
@@ -25,8 +30,13 @@ void MainActor::setExecutor(std::shared_ptr<Executor> executor) {
   current().replace(std::move(executor));
 }
 
+void MainActor::setToolkitExecutor(std::shared_ptr<Executor> executor) {
+  toolkits().replace(std::move(executor));
+}
+
 void MainActor::post(Work work) {
   auto executor = current().get();
+  if (!executor) executor = toolkits().get();
   if (!executor) executor = ownThread();
   executor->post(std::move(work));
 }

@@ -14,7 +14,8 @@ bool install(const Options& options) {
   static std::atomic<bool> isInstalled = false;
   if (isInstalled.exchange(true)) return false;
   configurePages(options);
-  platform::MainActor::setExecutor(std::make_shared<MainContext>());
+  platform::MainActor::setToolkitExecutor(std::make_shared<MainContext>());
+  platform::MainActor::setExecutor(nullptr);
   platform::Pasteboard::setGeneral(std::make_shared<Pasteboard>());
   platform::Application::setShared(std::make_shared<Application>());
   return true;

@@ -56,6 +56,23 @@ TEST_F(ShutdownTest, ReleasesTheHandlersOfEveryClient) {
   EXPECT_EQ(token.use_count(), 2) << "the token and `handler`";
 }
 
+/// A view that is still there when the library ends works on in the window toolkit's thread.
+TEST_F(ShutdownTest, LeavesAViewsWorkOnTheThreadOfItsToolkit) {
+  struct Toolkit : platform::Executor {
+    void post(platform::Work) override { ++posted; }
+    int posted = 0;
+  };
+  auto toolkit = std::make_shared<Toolkit>();
+  platform::MainActor::setToolkitExecutor(toolkit);
+  auto own = configuration();
+  own.mainExecutor = [](const auto&) { FAIL() << "the host's, after the end"; };
+  ASSERT_TRUE(configure(own));
+  EXPECT_TRUE(QWClient::shutdown(60s));
+  platform::MainActor::post([] {});
+  EXPECT_EQ(toolkit->posted, 1);
+  platform::MainActor::setToolkitExecutor(nullptr);
+}
+
 TEST_F(ShutdownTest, EveryCallAfterItIsRefusedWithALine) {
   QWClient::addHandleablePaths({{"l.example", {"."}}});
   auto client = QWClient::shared();
