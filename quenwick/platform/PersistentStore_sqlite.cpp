@@ -108,6 +108,7 @@ AttributeValues PersistentStore::values(const EntityDescription& entity, std::in
 std::vector<PersistentStore::Saved> PersistentStore::save(const std::vector<Change>& changes) {
   return withDatabase([&](SQLiteDatabase& database) {
     std::vector<Saved> saved;
+    saved.reserve(changes.size());
     SQLiteTransaction transaction(database);
     for (const auto& change : changes) saved.push_back(platform::save(database, change));
     transaction.commit();
