@@ -13,7 +13,8 @@ class QUENWICK_EXPORT DeeplinkResolutionError : public platform::Error {
  public:
   /// It failed, for a reason that is known.
   struct Failure {
-    /// The link that was resolved, with the scheme "https".
+    /// The link that was resolved, with the scheme "https". A text that is no URL is cut and
+    /// escaped.
     std::string link;
     /// What the server answered, or what went wrong on the way there.
     std::string message;
