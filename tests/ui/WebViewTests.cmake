@@ -19,7 +19,8 @@ quenwick_program(quenwick_ui_test_support)
 add_dependencies(quenwick_ui_test_support ui_host storefront)
 
 # One process for all of them: they share a display, a host and a sandbox.
-add_executable(web_view_tests support/main.cpp ui/ClipboardTest.cpp ui/WebViewTest.cpp)
+add_executable(web_view_tests
+  support/main.cpp ui/ClipboardTest.cpp ui/WebViewPolicyTest.cpp ui/WebViewTest.cpp)
 target_link_libraries(web_view_tests PRIVATE quenwick_ui_test_support)
 quenwick_program(web_view_tests)
 add_test(NAME web_view_tests COMMAND web_view_tests)
