@@ -19,7 +19,8 @@ class GenerationCounter {
 
   std::uint64_t value() const;
 
-  /// Held while a write is committed and the counter raised, by one process at a time.
+  /// Held while a write is committed and the counter raised, by one process at a time. Throws
+  /// `SQLiteError` where another one does not let go of it for seconds.
   class Raise {
    public:
     explicit Raise(GenerationCounter& counter);

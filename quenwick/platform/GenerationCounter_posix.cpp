@@ -1,10 +1,9 @@
-#include <sys/file.h>
 #include <unistd.h>
 
-#include <cerrno>
-
+#include "quenwick/platform/FileLock.h"
 #include "quenwick/platform/GenerationCounter.h"
 #include "quenwick/platform/PrivateFile.h"
+#include "quenwick/platform/SQLiteDatabase.h"
 
 namespace quenwick::platform {
 
@@ -22,14 +21,10 @@ std::uint64_t GenerationCounter::value() const {
 }
 
 GenerationCounter::Raise::Raise(GenerationCounter& counter) : counter_(counter) {
-  while (counter_.descriptor_ >= 0 && ::flock(counter_.descriptor_, LOCK_EX) != 0 &&
-         errno == EINTR) {
-  }
+  if (!lockFile(counter_.descriptor_)) throw SQLiteError::busy("another process holds the file");
 }
 
-GenerationCounter::Raise::~Raise() {
-  if (counter_.descriptor_ >= 0) ::flock(counter_.descriptor_, LOCK_UN);
-}
+GenerationCounter::Raise::~Raise() { unlockFile(counter_.descriptor_); }
 
 std::uint64_t GenerationCounter::Raise::commit() {
   auto before = counter_.value();

@@ -6,11 +6,11 @@
 namespace quenwick::platform {
 
 const AttributeValue& ManagedObject::valueForKey(std::string_view key) const {
-  static const AttributeValue kUnset;
+  static const auto& unset = *new AttributeValue;
   requireAttribute(key);
   fillFault();
   auto found = values_.find(key);
-  return found == values_.end() ? kUnset : found->second;
+  return found == values_.end() ? unset : found->second;
 }
 
 void ManagedObject::setValueForKey(std::string_view key, AttributeValue value) {

@@ -72,6 +72,7 @@ PersistentStore::~PersistentStore() = default;
 template <class Use>
 auto PersistentStore::withDatabase(Use use) {
   std::lock_guard lock(mutex_);
+  if (database_ && database_->isReplaced()) database_.reset();
   try {
     return use(open());
   } catch (const SQLiteError& error) {

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "quenwick/platform/FileLock.h"
+
 namespace quenwick::platform {
 
 /// Makes the folder, and those above it that are missing, for the user alone.
@@ -19,10 +21,12 @@ int openPrivateFile(const std::filesystem::path& file);
 /// The same without keeping it open. Whether the file is there afterwards.
 bool makePrivateFile(const std::filesystem::path& file);
 
-/// Held by one process at a time for a folder, also among the threads of one process.
+/// Held for a folder by one at a time, or shared by those that only look, also among the threads of
+/// one process. After some seconds it goes on without: who holds it may have been stopped.
 class DirectoryLock {
  public:
-  explicit DirectoryLock(const std::filesystem::path& directory);
+  explicit DirectoryLock(const std::filesystem::path& directory,
+                         FileLockKind kind = FileLockKind::alone);
   ~DirectoryLock();
   DirectoryLock(const DirectoryLock&) = delete;
   DirectoryLock& operator=(const DirectoryLock&) = delete;
@@ -43,8 +47,13 @@ std::optional<std::string> privateFileContents(const std::filesystem::path& file
 /// and on disk. Of several processes one makes it. Throws `PlatformError`.
 void makePrivateFileOnce(const std::filesystem::path& file, std::string_view bytes);
 
-/// What tells a file from one that takes its place; none where there is no file.
-std::optional<std::pair<std::uint64_t, std::uint64_t>> fileIdentity(
-    const std::filesystem::path& file);
+/// What tells a file from one that takes its place: its device, and its number there.
+using FileIdentity = std::pair<std::uint64_t, std::uint64_t>;
+
+/// None where there is no file.
+std::optional<FileIdentity> fileIdentity(const std::filesystem::path& file);
+
+/// Whether the file there is that one, as far as this process may look.
+bool isAtItsPlace(const std::filesystem::path& file, const FileIdentity& identity);
 
 }  // namespace quenwick::platform

@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -64,14 +63,14 @@ bool makePrivateFile(const std::filesystem::path& file) {
   return Descriptor(openPrivateFile(file)) >= 0;
 }
 
-DirectoryLock::DirectoryLock(const std::filesystem::path& directory)
+// Without a folder to lock there is nothing to share either.
+DirectoryLock::DirectoryLock(const std::filesystem::path& directory, FileLockKind kind)
     : descriptor_(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-  // Without a folder to lock there is nothing to share either.
-  while (descriptor_ >= 0 && ::flock(descriptor_, LOCK_EX) != 0 && errno == EINTR) {
-  }
+  lockFile(descriptor_, kind);
 }
 
 DirectoryLock::~DirectoryLock() {
+  unlockFile(descriptor_);
   if (descriptor_ >= 0) ::close(descriptor_);
 }
 
@@ -112,11 +111,15 @@ void makePrivateFileOnce(const std::filesystem::path& file, std::string_view byt
   if (folder >= 0) ::fsync(folder);
 }
 
-std::optional<std::pair<std::uint64_t, std::uint64_t>> fileIdentity(
-    const std::filesystem::path& file) {
+std::optional<FileIdentity> fileIdentity(const std::filesystem::path& file) {
   struct stat status{};
   if (::stat(file.c_str(), &status) != 0) return std::nullopt;
-  return std::pair<std::uint64_t, std::uint64_t>(status.st_dev, status.st_ino);
+  return FileIdentity(status.st_dev, status.st_ino);
+}
+
+bool isAtItsPlace(const std::filesystem::path& file, const FileIdentity& identity) {
+  auto there = fileIdentity(file);
+  return there ? *there == identity : errno != ENOENT && errno != ENOTDIR;
 }
 
 }  // namespace quenwick::platform

@@ -55,6 +55,10 @@ bool SQLiteError::isDamaged() const {
 
 bool SQLiteError::isBusy() const { return (code_ & 0xff) == SQLITE_BUSY; }
 
+SQLiteError SQLiteError::busy(std::string description) {
+  return SQLiteError(SQLITE_BUSY, std::move(description));
+}
+
 SQLiteError SQLiteError::damaged(std::string description) {
   return SQLiteError(SQLITE_CORRUPT, std::move(description));
 }
@@ -64,7 +68,7 @@ void SQLiteDatabase::Close::operator()(sqlite3_stmt* statement) const {
   sqlite3_finalize(statement);
 }
 
-SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& file, NewFile newFile) {
+SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& file, NewFile newFile) : file_(file) {
   if (!makePrivateFile(file)) throw SQLiteError(SQLITE_CANTOPEN, "the file cannot be opened");
   sqlite3* database = nullptr;
   int code =
@@ -72,6 +76,7 @@ SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& file, NewFile newFil
                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
   database_.reset(database);
   if (code != SQLITE_OK) throw SQLiteError(code, sqlite3_errstr(code));
+  identity_ = fileIdentity(file);
   sqlite3_busy_timeout(database, static_cast<int>(kPatience.count()));
   std::error_code error;
   bool isBegun = std::filesystem::file_size(file, error) > 0;

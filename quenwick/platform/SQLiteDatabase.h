@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -27,6 +28,8 @@ class SQLiteError : public Error {
 
   /// For what the engine itself takes for sound.
   static SQLiteError damaged(std::string description);
+  /// For what is not the engine's to wait for.
+  static SQLiteError busy(std::string description);
 
  private:
   int code_;
@@ -60,6 +63,9 @@ class SQLiteDatabase {
   /// Whether a transaction is open.
   bool isInTransaction() const;
 
+  /// Whether the file is no longer at its place, or another one is: what is written here is lost.
+  bool isReplaced() const { return identity_ && !isAtItsPlace(file_, *identity_); }
+
  private:
   struct Close {
     void operator()(sqlite3* database) const;
@@ -72,7 +78,9 @@ class SQLiteDatabase {
   sqlite3_stmt* prepared(std::string_view statement);
   void bind(sqlite3_stmt* statement, const std::vector<SQLiteValue>& values);
 
+  const std::filesystem::path file_;
   std::unique_ptr<sqlite3, Close> database_;
+  std::optional<FileIdentity> identity_;
   std::vector<std::pair<std::string, Statement>> statements_;
 };
 
@@ -103,6 +111,8 @@ std::unique_ptr<SQLiteDatabase> openOrBeginAnew(const std::filesystem::path& fil
     return database;
   };
   try {
+    // Not while another one sets the file aside, piece by piece.
+    DirectoryLock lock(file.parent_path(), FileLockKind::shared);
     return open();
   } catch (const SQLiteError& error) {
     if (!error.isDamaged()) throw;

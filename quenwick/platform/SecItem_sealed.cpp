@@ -174,7 +174,7 @@ class SealedBackend : public SecItemBackend {
   template <class Work>
   auto withDatabase(Work work) -> decltype(work(std::declval<SQLiteDatabase&>())) {
     try {
-      if (database_ && fileIdentity(file_) != identity_) database_.reset();
+      if (database_ && database_->isReplaced()) database_.reset();
       try {
         return work(open());
       } catch (const SQLiteError& error) {
@@ -216,7 +216,7 @@ class SealedBackend : public SecItemBackend {
   GenerationCounter generation_;
   std::atomic<std::uint64_t> seenGeneration_ = 0;
   std::unique_ptr<SQLiteDatabase> database_;
-  std::optional<std::pair<std::uint64_t, std::uint64_t>> identity_;
+  std::optional<FileIdentity> identity_;
   std::optional<SealingKey> key_;
   SecItems items_;
   bool hasReportedClosed_ = false;

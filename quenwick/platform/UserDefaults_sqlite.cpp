@@ -166,6 +166,7 @@ void UserDefaults::writeWaiting() {
     writes = waiting_;
   }
   if (writes.empty()) return;
+  if (database_ && database_->isReplaced()) return beginAnew();
   try {
     open();
     commit(writes);
@@ -206,19 +207,22 @@ void UserDefaults::commit(const std::deque<Write>& writes) {
   if (!isOwnAlone || std::ranges::any_of(writes, &Write::isOnlyIfAbsent)) isRereadDue_ = true;
 }
 
-/// The file was damaged while in use: what this process knows goes into the one that takes its
-/// place, unless another process has written there already.
+/// The file was damaged or replaced while in use: what this process knows goes into the one that
+/// takes its place, unless another process has written there already.
 void UserDefaults::beginAnew() {
   database_.reset();
   if (std::exchange(hasBegunAnew_, true)) {  // and in vain: not at once again
     retry_ = postAfter(kRetryInterval, writer(), [this] { writeWaiting(); });
     return;
   }
+  bool isAnythingKnown = false;
   {
     std::lock_guard lock(mutex_);
     for (const auto& [key, value] : values_) waiting_.push_back({key, value, true});
+    isAnythingKnown = !waiting_.empty();
   }
-  postWrite();
+  // At once: whoever waits for the writer waits for what it has been given already.
+  isAnythingKnown ? writeWaiting() : tryReread();
 }
 
 void UserDefaults::lookForOthersWrites() const {
@@ -230,10 +234,14 @@ void UserDefaults::lookForOthersWrites() const {
 }
 
 void UserDefaults::tryReread() {
+  if (database_ && database_->isReplaced()) return beginAnew();
   try {
     open();
     reread();
+    hasBegunAnew_ = false;
   } catch (const SQLiteError& error) {
+    --seenGeneration_;  // the next look finds the difference again
+    if (std::exchange(hasReportedFailure_, true)) return;
     logPlatformError("Settings cannot be read again: " + error.localizedDescription());
   }
 }
