@@ -1,12 +1,11 @@
 #include "quenwick/platform/LogSink.h"
 
-#include <unistd.h>
-
 #include <array>
 #include <string_view>
 #include <utility>
 
 #include "quenwick/platform/Replaceable.h"
+#include "quenwick/platform/StandardStreams.h"
 #include "quenwick/platform/Text.h"
 
 namespace quenwick::platform {
@@ -30,8 +29,7 @@ void StandardErrorLog::write(const LogEntry& entry) {
   if (!isEnabled(entry.level)) return;
   std::string line = entry.subsystem + " [" + entry.category + "] ";
   line.append(name(entry.level)).append(": ").append(escapedControls(entry.message)).append("\n");
-  // A log that cannot be written has nowhere to say so.
-  [[maybe_unused]] auto written = ::write(STDERR_FILENO, line.data(), line.size());
+  writeToStandardError(line);
 }
 
 std::shared_ptr<LogSink> logSink() { return current().get(); }

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <optional>
 
+#include "quenwick/platform/Text.h"
+
 namespace quenwick::platform {
 namespace {
 
@@ -71,10 +73,7 @@ std::string redacted(std::string_view text, const std::vector<std::string>& secr
     hidden > 0 ? shown.append(kMark) : shown.append(text.substr(0, 1));
     text.remove_prefix(std::max<std::size_t>(hidden, 1));
   }
-  if (shown.size() <= atMost) return shown;
-  auto end = atMost;
-  while (end > 0 && (shown[end] & 0xC0) == 0x80) --end;  // no character is cut in two
-  return shown.substr(0, end);
+  return std::string(beginning(shown, atMost));
 }
 
 }  // namespace quenwick::platform

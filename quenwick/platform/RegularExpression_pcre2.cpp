@@ -21,6 +21,21 @@ struct Free {
 };
 using MatchData = std::unique_ptr<pcre2_match_data, Free>;
 
+/// Room for one pair of offsets, which is enough to learn whether there is a match.
+MatchData makeOffsets() { return MatchData(pcre2_match_data_create(1, nullptr)); }
+
+/// Those that this thread keeps; none after its end, when the last code of a host may still search.
+thread_local pcre2_match_data* keptOffsets = nullptr;
+
+void keepOffsets() {
+  struct Kept {
+    Kept() { keptOffsets = offsets.get(); }
+    ~Kept() { keptOffsets = nullptr; }
+    MatchData offsets = makeOffsets();
+  };
+  [[maybe_unused]] static thread_local const Kept kept;
+}
+
 /// Of an empty text too, which may lie nowhere.
 PCRE2_SPTR units(std::string_view text) {
   return reinterpret_cast<PCRE2_SPTR>(text.empty() ? "" : text.data());
@@ -51,6 +66,12 @@ struct RegularExpression::Compiled {
             pcre2_match_data* data) const {
     return pcre2_match(code.get(), units(text), text.size(), from, options, data, limits());
   }
+
+  bool isFound(std::string_view text, pcre2_match_data* data) const {
+    if (!isNative) return match(text, 0, 0, data) >= 0;
+    // The same without the checks before it, which cost a good part of a short search.
+    return pcre2_jit_match(code.get(), units(text), text.size(), 0, 0, data, limits()) >= 0;
+  }
 };
 
 RegularExpression RegularExpression::compile(std::string_view pattern) {
@@ -77,12 +98,8 @@ RegularExpression RegularExpression::compile(std::string_view pattern) {
 }
 
 bool RegularExpression::isFound(std::string_view text) const {
-  // One pair of offsets is enough to learn whether there is a match.
-  static thread_local const MatchData data(pcre2_match_data_create(1, nullptr));
-  // The same without the checks before it, which cost a good part of a short search.
-  if (!compiled_->isNative) return compiled_->match(text, 0, 0, data.get()) >= 0;
-  return pcre2_jit_match(compiled_->code.get(), units(text), text.size(), 0, 0, data.get(),
-                         limits()) >= 0;
+  if (!keptOffsets) keepOffsets();
+  return compiled_->isFound(text, keptOffsets ? keptOffsets : makeOffsets().get());
 }
 
 std::vector<std::string> RegularExpression::rangesOfMatches(std::string_view text) const {

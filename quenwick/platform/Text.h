@@ -12,14 +12,18 @@ namespace quenwick::platform {
 /// Whether the bytes are well-formed UTF-8. A zero byte is a character like another.
 bool isUTF8(std::string_view bytes);
 
-/// The text with every byte that is not UTF-8 replaced by the replacement character.
+/// The text with every byte that is not UTF-8 replaced by the replacement character; zero bytes
+/// stay.
 std::string madeUTF8(std::string_view text);
 
 /// The text with control characters (C0, DEL, C1) as \n, \r, \t or \u{..}, and bytes that are not
 /// UTF-8 as \x...
 std::string escapedControls(std::string_view text);
 
-/// A text from outside as a line of the log may show it: `escapedControls` of its first bytes.
+/// The text's first bytes, without the part of a character.
+std::string_view beginning(std::string_view text, std::size_t atMost);
+
+/// A text from outside as a line of the log may show it: `escapedControls` of its beginning.
 std::string shown(std::string_view text, std::size_t atMost = 200);
 
 /// The text as debug printing shows it: in double quotes, with quotes, backslashes and control

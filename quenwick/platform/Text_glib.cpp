@@ -88,15 +88,32 @@ bool isUTF8(std::string_view bytes) {
 }
 
 std::string madeUTF8(std::string_view text) {
-  std::unique_ptr<char, decltype(&g_free)> made(
-      g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), &g_free);
-  return made.get();
+  if (isUTF8(text)) return std::string(text);
+  std::string valid;
+  for (;;) {  // to GLib a zero byte is none of UTF-8
+    auto zero = text.find('\0');
+    auto piece = text.substr(0, zero);
+    std::unique_ptr<char, decltype(&g_free)> made(
+        g_utf8_make_valid(piece.data(), static_cast<gssize>(piece.size())), &g_free);
+    valid += made.get();
+    if (zero == text.npos) return valid;
+    valid += '\0';
+    text.remove_prefix(zero + 1);
+  }
 }
 
 std::string escapedControls(std::string_view text) { return escaped(text, ""); }
 
+std::string_view beginning(std::string_view text, std::size_t atMost) {
+  constexpr std::size_t kLongestRest = 3;  // of a character, behind its first byte
+  auto end = std::min(atMost, text.size());
+  auto begin = end;
+  while (begin > 0 && begin < text.size() && (text[begin] & 0xC0) == 0x80) --begin;
+  return text.substr(0, end - begin <= kLongestRest ? begin : end);
+}
+
 std::string shown(std::string_view text, std::size_t atMost) {
-  return escapedControls(text.substr(0, atMost));
+  return escapedControls(beginning(text, atMost));
 }
 
 std::string debugQuoted(std::string_view text) { return '"' + escaped(text, "\"\\") + '"'; }
