@@ -125,7 +125,8 @@ Bundle makeMain() {
   const auto& host = hostConfiguration();
   if (host.bundleIdentifier) info.set("CFBundleIdentifier", *host.bundleIdentifier);
   if (host.bundleVersion) info.set("CFBundleShortVersionString", *host.bundleVersion);
-  if (!info.find("CFBundleIdentifier")) {
+  const auto* identifier = info.find("CFBundleIdentifier");
+  if (!identifier || !identifier->as<std::string>()) {
     logPlatformError("The application has no bundle identifier: its state is kept under the name " +
                      executable().filename().string());
   }

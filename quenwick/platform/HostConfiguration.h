@@ -23,8 +23,8 @@ struct HostConfiguration {
   std::optional<SecItemBackendKind> keychain = std::nullopt;
 };
 
-/// Sets the configuration for the process. Taken once, and before the first use of the main
-/// bundle or of anything kept; false, and nothing changed, after that.
+/// Sets the configuration for the process; called again, the last one holds. False, and nothing
+/// changed, after the first use of the main bundle or of anything kept.
 bool configureHost(HostConfiguration configuration);
 
 /// The configuration in force; from now on it cannot be set any more.

@@ -17,9 +17,10 @@ constexpr std::size_t kMaximumHeaderFields = 1000;
 constexpr std::string_view kLineEnds("\r\n\0", 3);
 
 std::string_view trimmed(std::string_view text) {
-  auto begin = text.find_first_not_of(" \t");
+  constexpr std::string_view kBlanks = " \t\r\n";
+  auto begin = text.find_first_not_of(kBlanks);
   if (begin == text.npos) return {};
-  return text.substr(begin, text.find_last_not_of(" \t\r\n") + 1 - begin);
+  return text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
 }
 
 /// curl takes the colons of an address of IPv6 for its own, unless the address stands in brackets.
@@ -113,6 +114,7 @@ void Load::setRequest() {
   body_.clear();
   isHeadComplete_ = false;
   isSent_ = false;
+  isBodyTooLong_ = false;
   response_ = std::make_shared<HTTPURLResponse>();
   response_->url = request_->url;
   response_->headerFields.reserve(8);

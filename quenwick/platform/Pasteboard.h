@@ -3,7 +3,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "quenwick/platform/Export.h"
 #include "quenwick/platform/Task.h"
@@ -24,16 +23,9 @@ class QUENWICK_TOOLKIT_EXPORT Pasteboard {
   virtual Task<std::optional<URL>> url() = 0;
   virtual Task<std::optional<std::string>> string() = 0;
 
-  /// The URL that is offered, or the one that the text is, where it leads to the web.
-  Task<std::optional<URL>> probableWebURL();
-
   /// The one that a window toolkit has set for the process; none without a toolkit.
   static std::shared_ptr<Pasteboard> general();
   static void setGeneral(std::shared_ptr<Pasteboard> pasteboard);
 };
-
-/// The text as a URL of the web (http or https, with a host), or none. Blanks around it are left
-/// out.
-std::optional<URL> probableWebURL(std::string_view text);
 
 }  // namespace quenwick::platform

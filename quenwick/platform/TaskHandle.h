@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <stop_token>
+#include <utility>
 
 #include "quenwick/platform/Export.h"
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 
 namespace quenwick::platform {
 
@@ -13,8 +14,6 @@ class TrustStore {
  public:
   /// `additional` holds certificates as PEM text.
   explicit TrustStore(std::string additional) : additional_(std::move(additional)) {}
-
-  const std::string& additional() const { return additional_; }
 
   /// Makes the context trust these issuers and no others. The first call parses them.
   void install(SSL_CTX* context);

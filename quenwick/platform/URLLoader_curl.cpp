@@ -83,7 +83,7 @@ void URLLoader::closeIdleConnections() {
 void URLLoader::hold() { ++holding.depth; }
 
 void URLLoader::letGo() {
-  if (--holding.depth == 0 && std::exchange(holding.isWakeDue, false)) shared().wakeUp_.wake();
+  if (--holding.depth == 0 && std::exchange(holding.isWakeDue, false)) shared().wake();
 }
 
 void URLLoader::post(Command command) {
@@ -91,13 +91,17 @@ void URLLoader::post(Command command) {
     std::lock_guard lock(mutex_);
     commands_.push_back(std::move(command));
     if (isStopped_) return;  // kept for good, as the task is that waits for it
-    if (commands_.size() > 1 && !holding.isWakeDue) return;  // whoever came first wakes it
-    if (holding.depth > 0) {
-      holding.isWakeDue = true;
-      return;
-    }
   }
-  wakeUp_.wake();  // without the lock, which the woken thread takes first of all
+  if (holding.depth > 0) {
+    holding.isWakeDue = true;
+  } else {
+    wake();
+  }
+}
+
+/// Once for all that was posted since the thread last looked.
+void URLLoader::wake() {
+  if (!isWoken_.exchange(true)) wakeUp_.wake();
 }
 
 void URLLoader::run() {
@@ -118,6 +122,7 @@ void URLLoader::sleep() {
 
 void URLLoader::runCommands() {
   for (;;) {
+    isWoken_ = false;  // before it looks: what comes after this look wakes it again
     std::vector<Command> commands;
     {
       std::lock_guard lock(mutex_);

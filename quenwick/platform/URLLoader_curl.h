@@ -39,12 +39,14 @@ class URLLoader {
   void run();
   void runCommands();
   void sleep();
+  void wake();
   void stop();
 
   const WakeUp wakeUp_;
   std::unique_ptr<Loads> loads_;
   std::thread thread_;
   std::atomic<std::thread::id> threadID_;
+  std::atomic<bool> isWoken_ = false;
   bool isStopping_ = false;
   bool isStopped_ = false;  // before it began: the process exits
 

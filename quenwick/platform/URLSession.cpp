@@ -61,6 +61,7 @@ Load::End endOf(const std::shared_ptr<Watcher>& watcher, Continuation<DataRespon
   return [watcher, continuation](DataResponse outcome, std::shared_ptr<const PlatformError> error) {
     auto finish = [watcher, continuation, outcome = std::move(outcome), error]() mutable {
       if (watcher->delegate) {
+        if (!error) watcher->task.response = outcome.response;
         runWork(
             [&] { watcher->delegate->urlSession(*watcher->session, watcher->task, error.get()); });
       }

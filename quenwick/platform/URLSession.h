@@ -46,6 +46,8 @@ struct URLSessionConfiguration {
 struct URLSessionTask {
   /// The request that was handed in, before any redirect.
   URLRequest originalRequest;
+  /// The answer at the end of the redirects; null before the load has ended, and where it failed.
+  std::shared_ptr<const URLResponse> response = nullptr;
 };
 
 /// Watches the loads of a session. Called on the session's delegate queue, one call at a time.

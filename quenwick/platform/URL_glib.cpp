@@ -39,6 +39,34 @@ bool isAcceptable(std::string_view text) {
 
 std::size_t length(const char* text) { return text ? std::string_view(text).size() : 0; }
 
+/// What GUri takes a text apart into; null where it has no such part.
+struct Pieces {
+  explicit Pieces(const std::string& text)
+      : isParsed(g_uri_split(text.c_str(), G_URI_FLAGS_ENCODED, &scheme, &user, &host, &port, &path,
+                             &query, &fragment, nullptr)) {}
+  ~Pieces() {
+    for (char* each : {scheme, user, host, path, query, fragment}) g_free(each);
+  }
+  Pieces(const Pieces&) = delete;
+  Pieces& operator=(const Pieces&) = delete;
+
+  char* scheme = nullptr;
+  char* user = nullptr;
+  char* host = nullptr;
+  char* path = nullptr;
+  char* query = nullptr;
+  char* fragment = nullptr;
+  int port = -1;
+  bool isParsed = false;
+};
+
+/// Where the host begins: behind the user, without the bracket of an IPv6 address. `text` ends with
+/// the authority.
+std::size_t hostBegin(std::string_view text, std::size_t authority, const char* user) {
+  auto begin = authority + (user ? length(user) + 1 : 0);
+  return begin < text.size() && text[begin] == '[' ? begin + 1 : begin;
+}
+
 // Resolving moves bytes about, so here every byte that GUri could touch is spelt with letters.
 constexpr std::string_view kEscape = "~";
 
@@ -83,21 +111,11 @@ std::string_view defaultPort(std::string_view scheme) {
 
 std::optional<URL> URL::parse(std::string text) {
   if (!isAcceptable(text)) return std::nullopt;
-  char* scheme = nullptr;
-  char* user = nullptr;
-  char* host = nullptr;
-  char* path = nullptr;
-  char* query = nullptr;
-  char* fragment = nullptr;
-  int port = -1;
-  auto mask = masked(text);
-  bool isParsed = g_uri_split(mask.c_str(), G_URI_FLAGS_ENCODED, &scheme, &user, &host, &port,
-                              &path, &query, &fragment, nullptr);
-  OwnedText ownedScheme(scheme), ownedUser(user), ownedHost(host), ownedPath(path),
-      ownedQuery(query), ownedFragment(fragment);
-  if (!isParsed) return std::nullopt;
+  const auto mask = masked(text);
+  const Pieces pieces(mask);
+  const auto schemeEnd = length(pieces.scheme);
   // The mask makes letters of what no scheme may hold.
-  if (text.compare(0, length(scheme), mask, 0, length(scheme)) != 0) return std::nullopt;
+  if (!pieces.isParsed || text.compare(0, schemeEnd, mask, 0, schemeEnd) != 0) return std::nullopt;
 
   // From the end: what follows the path has one mark before it, and the path's own length says
   // where an authority must have ended.
@@ -107,21 +125,17 @@ std::optional<URL> URL::parse(std::string text) {
     range = {end - length(piece), end, piece != nullptr};
     end = range.begin - (piece ? 1 : 0);
   };
-  takeBack(url.fragment_, fragment);
-  takeBack(url.query_, query);
-  url.path_ = {end - length(path), end, true};
-  std::size_t begin = 0;
-  if (scheme) {
-    url.scheme_ = {0, length(scheme), true};
-    begin = length(scheme) + 1;
-  }
-  if (url.path_.begin >= begin + 2 && url.text_.compare(begin, 2, "//") == 0) {
-    url.authority_ = {begin + 2, url.path_.begin, true};
-    std::size_t hostBegin = begin + 2 + (user ? length(user) + 1 : 0);
-    if (hostBegin < url.path_.begin && url.text_[hostBegin] == '[') ++hostBegin;
-    url.host_ = {hostBegin, hostBegin + length(host), length(host) > 0};
-    url.port_ = port;
-  }
+  takeBack(url.fragment_, pieces.fragment);
+  takeBack(url.query_, pieces.query);
+  end -= length(pieces.path);
+  url.path_ = {end, end + length(pieces.path), true};
+  url.scheme_ = {0, schemeEnd, pieces.scheme != nullptr};
+  const std::size_t begin = pieces.scheme ? schemeEnd + 1 : 0;
+  if (end < begin + 2 || url.text_.compare(begin, 2, "//") != 0) return url;
+  url.authority_ = {begin + 2, end, true};
+  auto host = hostBegin(std::string_view(url.text_).substr(0, end), begin + 2, pieces.user);
+  url.host_ = {host, host + length(pieces.host), length(pieces.host) > 0};
+  url.port_ = pieces.port;
   return url;
 }
 
