@@ -1,10 +1,10 @@
 #include "quenwick/logging/Logger.h"
 
 #include <atomic>
-#include <cstdio>
 #include <string>
 
 #include "quenwick/platform/LogSink.h"
+#include "quenwick/platform/StandardStreams.h"
 #include "quenwick/platform/System.h"
 #include "quenwick/platform/Text.h"
 
@@ -25,8 +25,7 @@ void write(LogLevel level, QWLogType category, std::string_view message) {
 
 void print(QWLogType category, std::string_view message) {
   if (!SharedLogger::enabledLogTypes().contains(category)) return;
-  auto line = platform::debugQuoted(std::string("Quenwick SDK - ").append(message)) + "\n";
-  std::fwrite(line.data(), 1, line.size(), stdout);
+  platform::printLine(platform::debugQuoted(std::string("Quenwick SDK - ").append(message)));
 }
 
 bool hasUnifiedLog() { return platform::systemAtLeast(kUnifiedLogVersion); }

@@ -24,6 +24,7 @@ constexpr int kRulesPicKeyDays = 4;
 constexpr std::uint64_t kLargestAnonymousNumber = 99'999'999'999;
 
 constexpr auto kVersionKey = "CFBundleShortVersionString";
+constexpr auto kDeviceIdentifier = "sdk_device_identifier";
 
 std::string newAnonymousID(platform::Date now) {
   // Whole seconds, so that the milliseconds always end in 000.
@@ -31,6 +32,19 @@ std::string newAnonymousID(platform::Date now) {
   std::random_device source;
   auto number = std::uniform_int_distribution<std::uint64_t>(1, kLargestAnonymousNumber)(source);
   return "anon-" + std::to_string(milliseconds) + "-" + std::to_string(number);
+}
+
+/// What is known of device and application.
+std::map<std::string, std::string> surroundings() {
+  const auto& application = platform::Bundle::main();
+  return {
+      {"sdk_version_number", libraryBundle().text(kVersionKey).value_or("0.0.0")},
+      {"bundle_identifier", application.text("CFBundleIdentifier").value_or("unknown")},
+      {"app_version_number", application.text(kVersionKey).value_or("0.0.0")},
+      {"device_type", platform::System::deviceType()},
+      {"device_os", platform::System::name()},
+      {"device_os_version", platform::System::version()},
+  };
 }
 
 }  // namespace
@@ -53,30 +67,38 @@ Analytics::Analytics(platform::UserDefaults& userDefaults,
       rulesPicKeyExpiresAt_(kRulesPicKeyExpiresAtKey, userDefaults) {}
 
 platform::UUID Analytics::sdkID() {
-  if (auto known = uuid(userDefaults_, kSDKIDKey)) return *known;
+  if (auto known = keptSDKID()) return *known;
   auto made = platform::UUID::random();
   {
     std::lock_guard lock(making_);
-    if (auto known = uuid(userDefaults_, kSDKIDKey)) return *known;
+    if (auto known = keptSDKID()) return *known;
     // What is there is no identifier; one that another process has just made is.
     if (userDefaults_.object(kSDKIDKey)) remove(userDefaults_, kSDKIDKey);
     userDefaults_.setObjectIfAbsent(made.uuidString(), kSDKIDKey);
     isFirstInstall_ = true;
   }
   userDefaults_.synchronize();
-  auto kept = uuid(userDefaults_, kSDKIDKey).value_or(made);
+  auto kept = keptSDKID().value_or(made);
   if (kept != made) isFirstInstall_ = false;
   return kept;
 }
 
+std::optional<platform::UUID> Analytics::keptSDKID() const {
+  return uuid(userDefaults_, kSDKIDKey);
+}
+
 std::string Analytics::anonymousID() {
-  if (auto known = fetchOptional<std::string>(userDefaults_, kAnonymousIDKey)) return *known;
+  if (auto known = keptAnonymousID()) return *known;
   std::lock_guard lock(making_);
-  if (auto known = fetchOptional<std::string>(userDefaults_, kAnonymousIDKey)) return *known;
+  if (auto known = keptAnonymousID()) return *known;
   auto made = newAnonymousID(clock_->now());
   if (userDefaults_.object(kAnonymousIDKey)) remove(userDefaults_, kAnonymousIDKey);
   userDefaults_.setObjectIfAbsent(made, kAnonymousIDKey);
   return made;
+}
+
+std::optional<std::string> Analytics::keptAnonymousID() const {
+  return fetchOptional<std::string>(userDefaults_, kAnonymousIDKey);
 }
 
 platform::AnyPublisher<std::optional<std::string>> Analytics::qwUChanges() const {
@@ -120,16 +142,15 @@ std::optional<std::string> Analytics::rulesPicKey() {
 }
 
 std::map<std::string, std::string> Analytics::datapoints() {
-  const auto& application = platform::Bundle::main();
-  return {
-      {"sdk_version_number", libraryBundle().text(kVersionKey).value_or("0.0.0")},
-      {"bundle_identifier", application.text("CFBundleIdentifier").value_or("unknown")},
-      {"app_version_number", application.text(kVersionKey).value_or("0.0.0")},
-      {"device_type", platform::System::deviceType()},
-      {"device_os", platform::System::name()},
-      {"device_os_version", platform::System::version()},
-      {"sdk_device_identifier", sdkID().uuidString()},
-  };
+  auto all = surroundings();
+  all.emplace(kDeviceIdentifier, sdkID().uuidString());
+  return all;
+}
+
+std::map<std::string, std::string> Analytics::keptDatapoints() const {
+  auto all = surroundings();
+  if (auto known = keptSDKID()) all.emplace(kDeviceIdentifier, known->uuidString());
+  return all;
 }
 
 }  // namespace quenwick

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "quenwick/Stored/Stored.h"
 #include "quenwick/platform/Clock.h"
@@ -30,6 +31,9 @@ class Analytics {
   /// returns. Text in its place that is no identifier counts as none.
   platform::UUID sdkID();
 
+  /// The same where it has been made; none is made.
+  std::optional<platform::UUID> keptSDKID() const;
+
   /// Whether `sdkID` was made in this process, until `clearFirstInstallFlag`.
   bool isFirstInstall() const { return isFirstInstall_; }
   void clearFirstInstallFlag() { isFirstInstall_ = false; }
@@ -37,7 +41,10 @@ class Analytics {
   /// The anonymous identifier, "anon-<milliseconds>-<number>"; made on first read.
   std::string anonymousID();
 
-  /// The link-user value that the host or link handling set.
+  /// The same where it has been made; none is made.
+  std::optional<std::string> keptAnonymousID() const;
+
+  /// The link-user value that the host has set.
   std::optional<std::string> qwU() const { return qwU_.wrappedValue(); }
   platform::AnyPublisher<std::optional<std::string>> qwUChanges() const;
   /// None removes the value.
@@ -65,6 +72,9 @@ class Analytics {
 
   /// Facts of the device, the application and the install that go with requests.
   std::map<std::string, std::string> datapoints();
+
+  /// The same, without the install's identifier where none has been made.
+  std::map<std::string, std::string> keptDatapoints() const;
 
  private:
   platform::UserDefaults& userDefaults_;
