@@ -1,6 +1,5 @@
 #include "quenwick/CoreData/CoreDataManager.h"
 
-#include <cstdio>
 #include <utility>
 
 #include "quenwick/CoreData/DeeplinkQWU.h"
@@ -8,6 +7,7 @@
 #include "quenwick/platform/HostConfiguration.h"
 #include "quenwick/platform/LogSink.h"
 #include "quenwick/platform/ManagedObjectModel.h"
+#include "quenwick/platform/StandardStreams.h"
 #include "quenwick/platform/Text.h"
 #include "quenwick/resources/LibraryBundle.h"
 
@@ -16,12 +16,10 @@ namespace {
 
 constexpr auto kModelName = "QuenwickStorage";
 
-/// One line, in one piece, whatever the error's text holds.
+/// One line, whatever the error's text holds.
 void printLoadFailure(const platform::Error& error) {
-  auto line = "Failed to load persistent store: " +
-              platform::escapedControls(error.localizedDescription()) + "\n";
-  std::fwrite(line.data(), 1, line.size(), stdout);
-  std::fflush(stdout);
+  platform::printLine("Failed to load persistent store: " +
+                      platform::escapedControls(error.localizedDescription()));
 }
 
 std::shared_ptr<platform::PersistentContainer> makeContainer(

@@ -17,8 +17,8 @@ static_assert(ManagedObjectType<DeeplinkQWU>);
 // Never destroyed: work may still use it while the process exits.
 std::string& DeeplinkQWU::entityName = *new std::string("DeeplinkQWU");
 
-FetchRequest<DeeplinkQWU> DeeplinkQWU::fetchRequest() {
-  return FetchRequest<DeeplinkQWU>(entityName);
+TypedFetchRequest<DeeplinkQWU> DeeplinkQWU::fetchRequest() {
+  return TypedFetchRequest<DeeplinkQWU>(entityName);
 }
 
 platform::Predicate DeeplinkQWU::searchByValuePredicate(std::string value) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "quenwick/CoreData/FetchRequest.h"
+#include "quenwick/CoreData/TypedFetchRequest.h"
 #include "quenwick/platform/Clock.h"
 #include "quenwick/platform/ManagedObject.h"
 #include "quenwick/platform/Predicate.h"
@@ -19,7 +19,7 @@ class DeeplinkQWU : public platform::ManagedObject {
   /// "DeeplinkQWU". May be set to another entity's name, before any other thread uses the store.
   static std::string& entityName;
 
-  static FetchRequest<DeeplinkQWU> fetchRequest();
+  static TypedFetchRequest<DeeplinkQWU> fetchRequest();
 
   /// The records whose `value` is exactly this one.
   static platform::Predicate searchByValuePredicate(std::string value);

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "quenwick/CoreData/FetchRequest.h"
+#include "quenwick/CoreData/TypedFetchRequest.h"
 #include "quenwick/logging/Logger.h"
 #include "quenwick/platform/Error.h"
 #include "quenwick/platform/ManagedObjectContext.h"
@@ -38,8 +38,8 @@ T* materializedObject(const platform::ManagedObjectContext& context,
 /// line, where the fetch fails or an object is of another type.
 template <ManagedObjectType T>
 std::vector<T*> fetch(platform::ManagedObjectContext& context,
-                      const std::function<void(FetchRequest<T>&)>& configure = nullptr) {
-  FetchRequest<T> request(T::entityName);
+                      const std::function<void(TypedFetchRequest<T>&)>& configure = nullptr) {
+  TypedFetchRequest<T> request(T::entityName);
   if (configure) configure(request);
   try {
     return request.execute(context);
@@ -54,7 +54,7 @@ std::vector<T*> fetch(platform::ManagedObjectContext& context,
 template <ManagedObjectType T>
 T* findOrFetch(platform::ManagedObjectContext& context, const platform::Predicate& predicate) {
   if (auto* object = materializedObject<T>(context, predicate)) return object;
-  auto objects = fetch<T>(context, [&](FetchRequest<T>& request) {
+  auto objects = fetch<T>(context, [&](TypedFetchRequest<T>& request) {
     request.predicate = predicate;
     request.fetchLimit = 1;
   });
