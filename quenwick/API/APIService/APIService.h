@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <mutex>
+#include <utility>
 
 #include "quenwick/API/Requesters/BehavioralEventRequester.h"
 #include "quenwick/API/Requesters/BehavioralVerificationRequester.h"

@@ -25,12 +25,12 @@ struct QUENWICK_EXPORT OrderCompletedProduct {
   std::optional<std::int64_t> quantity = {};
 
   /// Reads the fields by their names; "id" may be text or an integer, "price" text or a number,
-  /// "quantity" is an integer. A field of a wrong kind is left out. None, with one error line,
-  /// where there is no id.
+  /// "quantity" is an integer. A field of a wrong kind is left out. None, with an error line,
+  /// where there is no id, and where "url" is not UTF-8.
   static std::optional<OrderCompletedProduct> from(platform::Dictionary dictionary);
 
   /// The fields under their names, those that are none left out. None, with one error line, for
-  /// what JSON cannot hold.
+  /// what JSON cannot hold and for more than 1 MiB.
   std::optional<platform::Dictionary> asDictionary() const&;
   /// The same, moved out of the record.
   std::optional<platform::Dictionary> asDictionary() &&;

@@ -15,12 +15,13 @@ struct QUENWICK_EXPORT OrderCompletedProperties {
   std::optional<std::string> id = {};
   /// What the order comes to.
   std::optional<Price> revenue = {};
-  /// Its lines.
+  /// Its lines. A record without any is sent as it is, and the service refuses it.
   std::vector<OrderCompletedProduct> products = {};
 
   /// Reads the fields by their names; "id" may be text or an integer, "revenue" text or a number. A
   /// field of a wrong kind is left out, and so is, with its own error line, a product without an
-  /// id. None, with an error line, where no product is left.
+  /// id. None, with an error line, where no product is left, and where a product's "url" is not
+  /// UTF-8.
   static std::optional<OrderCompletedProperties> from(platform::Dictionary dictionary);
 
   /// The fields under their names, those that are none left out. None, with one error line, for

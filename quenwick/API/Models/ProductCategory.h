@@ -19,11 +19,11 @@ struct QUENWICK_EXPORT ProductCategory {
   std::optional<platform::URL> url = {};
 
   /// Reads "id" (text or integer), "title" and "url"; a field of a wrong kind is left out. None,
-  /// with one error line, where there is no id.
+  /// with an error line, where there is no id, and where "url" is not UTF-8.
   static std::optional<ProductCategory> from(platform::Dictionary dictionary);
 
   /// The fields under their names, those that are none left out. None, with one error line, for
-  /// what JSON cannot hold.
+  /// what JSON cannot hold and for more than 1 MiB.
   std::optional<platform::Dictionary> asDictionary() const&;
   /// The same, moved out of the record.
   std::optional<platform::Dictionary> asDictionary() &&;

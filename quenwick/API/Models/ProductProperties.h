@@ -29,7 +29,8 @@ struct QUENWICK_EXPORT ProductProperties {
 
   /// Reads the fields by their names; "id" may be text or an integer, "price" text or a number. A
   /// field of a wrong kind is left out, and so is, with its own error line, a category without an
-  /// id. None, with one error line, where there is no id.
+  /// id. None, with an error line, where there is no id, and where "url" or a category's is not
+  /// UTF-8.
   static std::optional<ProductProperties> from(platform::Dictionary dictionary);
 
   /// The fields under their names, those that are none left out; "meta" is always there. None, with

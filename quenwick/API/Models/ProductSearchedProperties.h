@@ -16,12 +16,12 @@ struct QUENWICK_EXPORT ProductSearchedProperties {
   /// The page of the results.
   std::optional<platform::URL> url = {};
 
-  /// Reads "query" (text) and "url", which is left out where it is of a wrong kind. None, with one
-  /// error line, where there is no query.
+  /// Reads "query" (text) and "url", which is left out where it is of a wrong kind. None, with an
+  /// error line, where there is no query, and where "url" is not UTF-8.
   static std::optional<ProductSearchedProperties> from(platform::Dictionary dictionary);
 
   /// The fields under their names, those that are none left out. None, with one error line, for
-  /// what JSON cannot hold.
+  /// what JSON cannot hold and for more than 1 MiB.
   std::optional<platform::Dictionary> asDictionary() const&;
   /// The same, moved out of the record.
   std::optional<platform::Dictionary> asDictionary() &&;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <utility>
 #include <variant>
 
 #include "quenwick/API/Stack/EncodingType.h"
