@@ -13,11 +13,9 @@ bool carries(const platform::URL& url, std::string_view name) {
   return platform::URLComponents::queryItem(url, name).has_value();
 }
 
-Action actionForWebPage(bool asInAppBrowser, const platform::NavigationAction& action) {
-  // A window of its own is never made; the person's browser has one.
-  if (asInAppBrowser) return action.opensNewWindow ? Action::openOutside : Action::loadInside;
-  if (carries(action.url, "inFrame")) return Action::loadInside;
-  if (carries(action.url, "inAppBrowser")) return Action::openInAppBrowser;
+Action actionForWebPage(bool asInAppBrowser, const platform::URL& url) {
+  if (asInAppBrowser || carries(url, "inFrame")) return Action::loadInside;
+  if (carries(url, "inAppBrowser")) return Action::openInAppBrowser;
   return Action::openOutside;
 }
 
@@ -36,7 +34,8 @@ NavigationDecision decideNavigation(bool asInAppBrowser, const platform::Navigat
     if (action.opensNewWindow) return {Action::refuse};
     if (isDocument || !action.isMainFrame.value_or(false)) return {Action::loadInside};
   }
-  auto decided = isWeb ? actionForWebPage(asInAppBrowser, action) : Action::openOutsideAndDismiss;
+  auto decided =
+      isWeb ? actionForWebPage(asInAppBrowser, action.url) : Action::openOutsideAndDismiss;
   return {decided, buttonID(action.url)};
 }
 

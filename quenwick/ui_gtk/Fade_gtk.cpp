@@ -23,8 +23,16 @@ bool isAnimationWanted(GtkWidget* widget) {
   return isWanted != FALSE;
 }
 
+constexpr auto kLatest = "quenwick-fade";
+
+/// Whether no other one has begun on the widget since.
+bool isLatest(const Fade& fade) {
+  return fade.widget && g_object_get_data(G_OBJECT(fade.widget), kLatest) == &fade;
+}
+
 gboolean step(GtkWidget* widget, GdkFrameClock*, gpointer data) {
   auto& fade = *static_cast<Fade*>(data);
+  if (!isLatest(fade)) return G_SOURCE_CONTINUE;
   auto passed = static_cast<double>(g_get_monotonic_time() - fade.start) / G_USEC_PER_SEC;
   auto part = std::clamp(passed / fade.seconds, 0.0, 1.0);
   auto eased = 1 - std::pow(1 - part, 3);
@@ -35,10 +43,8 @@ gboolean step(GtkWidget* widget, GdkFrameClock*, gpointer data) {
 // Frames stop coming where nothing is seen of the window, so the end is a matter of time.
 gboolean end(gpointer data) {
   auto& fade = *static_cast<Fade*>(data);
-  if (fade.widget) {
-    gtk_widget_remove_tick_callback(fade.widget, fade.ticks);
-    gtk_widget_set_opacity(fade.widget, fade.to);
-  }
+  if (fade.widget) gtk_widget_remove_tick_callback(fade.widget, fade.ticks);
+  if (isLatest(fade)) gtk_widget_set_opacity(fade.widget, fade.to);
   if (fade.done) platform::runWork(fade.done);
   return G_SOURCE_REMOVE;
 }
@@ -55,6 +61,7 @@ void fade(GtkWidget* widget, double opacity, double seconds, platform::Work done
   if (!isAnimationWanted(widget)) seconds = 0;
   auto* fade = new Fade{nullptr, gtk_widget_get_opacity(widget), opacity, seconds, std::move(done)};
   g_set_weak_pointer(&fade->widget, widget);
+  g_object_set_data(G_OBJECT(widget), kLatest, fade);
   fade->ticks = gtk_widget_add_tick_callback(widget, step, fade, nullptr);
   g_timeout_add_full(G_PRIORITY_DEFAULT, static_cast<guint>(seconds * 1000), end, fade, forget);
 }
