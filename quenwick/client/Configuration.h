@@ -49,7 +49,8 @@ struct Configuration {
   std::optional<std::string> bundleVersion = {};
   /// Where Info.plist lies, if neither beside the executable nor in its share folder.
   std::optional<std::filesystem::path> infoPlist = {};
-  /// Everything kept lies below this folder, in place of the user's own folders.
+  /// Everything kept lies below this folder, in place of the user's own folders. A relative path,
+  /// here and of Info.plist, starts at the folder that the process is in now.
   std::optional<std::filesystem::path> home = {};
   /// For an install that has kept no secret yet; one that has stays with what it chose.
   KeychainKind keychain = KeychainKind::automatic;

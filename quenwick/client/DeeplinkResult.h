@@ -15,7 +15,7 @@ namespace quenwick::inline v0 {
 ///     if (auto link = std::get_if<std::string>(&result)) openPage(*link);
 using DeeplinkResult = std::variant<std::string, DeeplinkResolutionError>;
 
-/// Takes the outcome of every link that the application is opened with.
+/// Takes the outcome of a link.
 using DeeplinkHandler = std::function<void(const DeeplinkResult& result)>;
 
 /// The same for callers that cannot take a variant: a link, or an error of the domain

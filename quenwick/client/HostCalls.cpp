@@ -53,11 +53,6 @@ bool HostCalls::close(std::chrono::nanoseconds atMost) {
   return isSo;
 }
 
-bool HostCalls::isClosed() const {
-  std::lock_guard lock(mutex_);
-  return isClosed_;
-}
-
 void HostCalls::add(std::weak_ptr<HostHolder> holder) {
   std::lock_guard lock(mutex_);
   std::erase_if(holders_, [](const auto& each) { return each.expired(); });

@@ -33,14 +33,13 @@ class HostCalls {
   /// From now on no call begins. Waits until none runs any more but those that wait here
   /// themselves; whether that is so.
   bool close(std::chrono::nanoseconds atMost);
-  bool isClosed() const;
 
   /// Has the holder let go when all do.
   void add(std::weak_ptr<HostHolder> holder);
   void releaseAll();
 
  private:
-  mutable std::mutex mutex_;
+  std::mutex mutex_;
   std::condition_variable changed_;
   int running_ = 0;
   int waitingInClose_ = 0;  // of those that run

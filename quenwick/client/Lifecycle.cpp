@@ -1,6 +1,8 @@
 #include "quenwick/client/Lifecycle.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "quenwick/API/APIService/APIService.h"
@@ -28,6 +30,16 @@ bool isText(const std::optional<std::string>& text) {
   return !text || (!text->empty() && platform::isUTF8(*text));
 }
 
+using Path = std::optional<std::filesystem::path>;
+
+/// The path, wherever the process goes afterwards; an empty one where it is none.
+Path madeAbsolute(const Path& path) {
+  std::error_code error;
+  return path ? Path(std::filesystem::absolute(*path, error)) : path;
+}
+
+bool isPath(const Path& path) { return !path || !madeAbsolute(path)->empty(); }
+
 /// What of the configuration is no use; none where all of it is.
 std::optional<std::string> faultOf(const Configuration& configuration) {
   if (configuration.serviceURL && !webURL(*configuration.serviceURL)) {
@@ -43,6 +55,8 @@ std::optional<std::string> faultOf(const Configuration& configuration) {
   }
   if (!isText(configuration.bundleIdentifier)) return "bundleIdentifier is no text";
   if (!isText(configuration.bundleVersion)) return "bundleVersion is no text";
+  if (!isPath(configuration.infoPlist)) return "infoPlist is no path";
+  if (!isPath(configuration.home)) return "home is no path";
   return std::nullopt;
 }
 
@@ -87,8 +101,8 @@ std::optional<std::string> Lifecycle::take(Configuration configuration) {
   if (isShutDown_) return "the library was shut down";
   if (isInUse_ || !platform::configureHost({.bundleIdentifier = configuration.bundleIdentifier,
                                             .bundleVersion = configuration.bundleVersion,
-                                            .infoPlist = configuration.infoPlist,
-                                            .home = configuration.home,
+                                            .infoPlist = madeAbsolute(configuration.infoPlist),
+                                            .home = madeAbsolute(configuration.home),
                                             .keychain = backendOf(configuration.keychain)})) {
     return "the library is in use already";
   }

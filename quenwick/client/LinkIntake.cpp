@@ -7,6 +7,7 @@
 #include "quenwick/client/HostCalls.h"
 #include "quenwick/client/Lifecycle.h"
 #include "quenwick/deeplink/DeeplinkManager.h"
+#include "quenwick/deeplink/LinkOperations.h"
 #include "quenwick/deeplink/URLSessionRedirectDelegate.h"
 #include "quenwick/logging/Logger.h"
 #include "quenwick/platform/Text.h"
@@ -70,13 +71,19 @@ bool LinkIntake::handle(std::string_view link) {
   return true;
 }
 
+DeeplinkResolutionError LinkIntake::failure(std::string_view link, std::string_view reason) {
+  auto url = URL::parse(std::string(link));
+  auto text = url ? ensureHTTPS(*url).absoluteString() : shown(link);
+  return DeeplinkResolutionError::failure(text, std::string(reason));
+}
+
 void LinkIntake::resolve(std::string_view link, const ResolveOptions& options,
                          std::function<void(const DeeplinkResult&)> completion) {
   auto url = URL::parse(std::string(link));
   if (!url) {
-    auto failure = DeeplinkResolutionError::failure(shown(link), "The link is not a URL");
-    return platform::pool().post([completion = std::move(completion),
-                                  failure = DeeplinkResult(failure)] { completion(failure); });
+    return platform::pool().post(
+        [completion = std::move(completion),
+         result = DeeplinkResult(failure(link, "The link is not a URL"))] { completion(result); });
   }
   platform::startTask(resolveInto(DeeplinkManager(*url, session()),
                                   std::make_shared<Ending>(options.stop, options.deadline),

@@ -28,6 +28,9 @@ class LinkIntake {
   void resolve(std::string_view link, const ResolveOptions& options,
                std::function<void(const DeeplinkResult&)> completion);
 
+  /// The failure of a link that was not resolved at all.
+  static DeeplinkResolutionError failure(std::string_view link, std::string_view reason);
+
   StoredDeeplink& stored() { return *stored_; }
 
  private:

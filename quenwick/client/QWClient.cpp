@@ -9,6 +9,7 @@
 #include "quenwick/client/Lifecycle.h"
 #include "quenwick/events/BehaviorEventManager.h"
 #include "quenwick/events/Scheduler.h"
+#include "quenwick/logging/Logger.h"
 #include "quenwick/platform/Replaceable.h"
 #include "quenwick/platform/URLSession.h"
 #include "quenwick/state/Analytics.h"
@@ -62,6 +63,10 @@ BehaviorEventManager& QWClient::eventManager() {
   });
   return *state_->eventManager;
 }
+
+QWLogType QWClient::enabledLogTypes() { return SharedLogger::enabledLogTypes(); }
+
+void QWClient::setEnabledLogTypes(QWLogType types) { SharedLogger::setEnabledLogTypes(types); }
 
 DeeplinkHandlers& QWClient::deeplinkHandlers() { return state_->deeplinkHandlers; }
 

@@ -11,6 +11,7 @@
 #include <stop_token>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "quenwick/API/Models/OrderCompletedProperties.h"
@@ -154,12 +155,14 @@ class QUENWICK_EXPORT QWClient {
   /// text that is one, if a window toolkit has brought a pasteboard. Its content is read only where
   /// it says that it has such. Every call of that launch looks anew. `completion`, if given, is
   /// called on the main actor with the link that was looked at, whether or not it can be handled,
-  /// and with none where there was none or the launch is a later one.
+  /// and with none where there was none or the launch is a later one. A word counts as a link too,
+  /// as of a relative URL: it is handed to `completion`, and a debug line tells it.
   static void checkPasteboardOnInstall(
       std::function<void(const std::optional<std::string>& link)> completion = {});
 
   /// Handles the first of the pasted items that is a link, an item's URL before its text; whether
-  /// that one can be handled.
+  /// that one can be handled. Any text counts as a link that has no blank and nothing else that a
+  /// URL cannot have, a single word too: it is looked at, and a debug line tells it.
   static bool paste(const std::vector<NSItemProvider>& itemProviders);
 
   /// Resolves a link whether or not it can be handled; handlers and `storedDeeplink` hear nothing

@@ -154,8 +154,7 @@ std::future<DeeplinkResult> QWClient::resolve(std::string_view url, const Resolv
     LinkIntake::shared().resolve(
         url, options, [promise](const DeeplinkResult& result) { promise->set_value(result); });
   } else {
-    promise->set_value(
-        DeeplinkResolutionError::failure(std::string(url), "The library was shut down"));
+    promise->set_value(LinkIntake::failure(url, "The library was shut down"));
   }
   return future;
 }

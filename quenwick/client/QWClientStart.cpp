@@ -1,11 +1,9 @@
 #include <utility>
 
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
-#include "quenwick/client/Deadline.h"
 #include "quenwick/client/DeeplinkHandlers.h"
 #include "quenwick/client/Ending.h"
 #include "quenwick/client/EventsEnabled.h"
-#include "quenwick/client/Lifecycle.h"
 #include "quenwick/client/QWClient.h"
 #include "quenwick/client/VerificationFailure.h"
 #include "quenwick/events/BehaviorEventManager.h"
@@ -84,23 +82,6 @@ std::optional<TaskHandle> QWClient::registerForBehaviorsFromPlist(const Bundle& 
 
 void QWClient::setEventsEnabledHandler(std::function<void()> handler) {
   if (enter()) shared()->eventsEnabled().setHandler(std::move(handler));
-}
-
-QWLogType QWClient::enabledLogTypes() { return SharedLogger::enabledLogTypes(); }
-
-void QWClient::setEnabledLogTypes(QWLogType types) { SharedLogger::setEnabledLogTypes(types); }
-
-bool QWClient::flush(std::chrono::nanoseconds atMost) {
-  if (!enter()) return false;
-  Deadline deadline(atMost);
-  bool isDone = shared()->eventManager().flush(deadline.left());
-  return Lifecycle::writesAreDone(deadline) && isDone;
-}
-
-bool QWClient::shutdown(std::chrono::nanoseconds atMost) {
-  Deadline deadline(atMost);
-  bool isDone = Lifecycle::shared().shutDown(deadline);
-  return Lifecycle::writesAreDone(deadline) && isDone;
 }
 
 }  // namespace quenwick

@@ -1,7 +1,6 @@
 #include "quenwick/client/VerificationFailure.h"
 
 #include <algorithm>
-#include <optional>
 #include <vector>
 
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
@@ -14,7 +13,6 @@
 namespace quenwick {
 namespace {
 
-constexpr std::size_t kLongestReason = 4000;
 /// An answer may have megabytes.
 constexpr std::size_t kLookedThrough = 64UL << 10;
 
@@ -48,7 +46,7 @@ std::string withoutSecrets(std::string text, std::string_view apiKey) {
        {R"("behavioral_endpoint_api_token")", R"("behavioral_endpoint_api_token_identifier")"}) {
     hideCredential(text, key);
   }
-  return platform::redacted(text, keysToHide(apiKey), kLongestReason);
+  return platform::redacted(text, keysToHide(apiKey), platform::kLongestReason);
 }
 
 std::string reasonOf(const std::exception_ptr& failure, std::string_view apiKey) {

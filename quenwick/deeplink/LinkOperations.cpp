@@ -1,9 +1,8 @@
 #include "quenwick/deeplink/LinkOperations.h"
 
-#include <cstdio>
-
 #include "quenwick/platform/FatalError.h"
 #include "quenwick/platform/RegularExpression.h"
+#include "quenwick/platform/StandardStreams.h"
 #include "quenwick/platform/URLComponents.h"
 
 namespace quenwick {
@@ -30,8 +29,7 @@ std::vector<std::string> matches(std::string_view text, std::string_view regex) 
   try {
     return platform::RegularExpression::compile(regex).rangesOfMatches(text);
   } catch (const platform::PlatformError& error) {
-    auto line = "invalid regex: " + error.localizedDescription() + "\n";
-    std::fwrite(line.data(), 1, line.size(), stdout);
+    platform::printLine("invalid regex: " + error.localizedDescription());
     return {};
   }
 }

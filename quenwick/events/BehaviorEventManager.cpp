@@ -49,7 +49,7 @@ BehaviorEventManager::BehaviorEventManager(std::shared_ptr<platform::URLSession>
 
 BehaviorEventManager::~BehaviorEventManager() {
   for (const auto& search : productSearchedDebouncer_->close()) {
-    pipeline_->settle(search.bytes, EventState::droppedManagerGone);
+    pipeline_->settle(search.bytes, EventState::droppedAtEnd);
   }
 }
 
@@ -195,11 +195,11 @@ void BehaviorEventManager::offerSearch(std::size_t bytes, Make make) {
     auto properties = EventPipeline::made(make);
     if (!properties) return pipeline.settle(all, EventState::refusedUnsound);
     auto alive = announcement.debounce();
-    if (!alive) return pipeline.settle(all, EventState::droppedManagerGone);
+    if (!alive) return pipeline.settle(all, EventState::droppedAtEnd);
     auto dropped = alive->setValue({*std::move(properties), all}, announcement.offered());
     if (!dropped) return;
-    pipeline.settle(dropped->bytes, alive->isClosed() ? EventState::droppedManagerGone
-                                                      : EventState::droppedSuperseded);
+    pipeline.settle(dropped->bytes,
+                    alive->isClosed() ? EventState::droppedAtEnd : EventState::droppedSuperseded);
   };
   pipeline_->offerStep(bytes, std::move(step));
 }

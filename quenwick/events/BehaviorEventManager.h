@@ -27,7 +27,8 @@ class Debounce;
 /// asked to stop before its turn. Nothing is kept across the end of the process.
 class BehaviorEventManager {
  public:
-  /// `scheduler` tells when a search has been quiet for long enough.
+  /// `scheduler` tells when a search has been quiet for long enough. `session` is handed back and
+  /// no more: events go over that of the endpoint's own requester.
   explicit BehaviorEventManager(
       std::shared_ptr<platform::URLSession> session = platform::URLSession::shared(),
       std::shared_ptr<Scheduler> scheduler = Scheduler::main(), std::stop_token end = {});

@@ -1,29 +1,6 @@
 #include "quenwick/events/EventLedger.h"
 
 namespace quenwick {
-namespace {
-
-/// In the order of the enumeration.
-constexpr std::array<std::string_view, kEventStates> kNames = {
-    "waiting",
-    "in flight",
-    "acknowledged",
-    "refused: events were not enabled",
-    "refused: unsound",
-    "failed: no credential",
-    "failed: unauthorized",
-    "failed: status",
-    "failed: transport",
-    "failed: answer",
-    "failed: other",
-    "dropped: superseded",
-    "dropped: overflow",
-    "dropped: manager gone",
-};
-
-}  // namespace
-
-std::string_view nameOf(EventState state) { return kNames.at(static_cast<std::size_t>(state)); }
 
 void EventLedger::offer(EventState state) {
   std::lock_guard lock(mutex_);

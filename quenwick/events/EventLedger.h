@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
-#include <string_view>
 
 namespace quenwick {
 
@@ -23,15 +22,12 @@ enum class EventState {
   failedTransport,     ///< there was no whole answer
   failedAnswer,        ///< the answer is no acknowledgement
   failedOther,
-  droppedSuperseded,   ///< a newer search came within the quiet period
-  droppedOverflow,     ///< too much was waiting already
-  droppedManagerGone,  ///< a search whose manager went within the quiet period, or it all ended
+  droppedSuperseded,  ///< a newer search came within the quiet period
+  droppedOverflow,    ///< too much was waiting already
+  droppedAtEnd,       ///< it waited when the library ended, or a search when its manager went
 };
 
 inline constexpr std::size_t kEventStates = 14;
-
-/// "dropped: superseded"
-std::string_view nameOf(EventState state);
 
 /// The books at one moment. Every event that was offered is in exactly one state.
 struct EventCounts {

@@ -28,7 +28,6 @@ EventState stateAfter(const APIError& error) {
   return EventState::failedOther;
 }
 
-constexpr std::size_t kLongestReason = 4000;
 /// A shorter part of the credential would take words with it that only look like it.
 constexpr std::size_t kShortestPart = 4;
 
@@ -46,7 +45,7 @@ void addParts(std::vector<std::string>& all, const std::string& credential) {
 std::string reasonOf(const platform::Error& error, const std::string& credential) {
   std::vector<std::string> secrets;
   for (const auto& each : {credential, currentCredential()}) addParts(secrets, each);
-  return platform::redacted(error.localizedDescription(), secrets, kLongestReason);
+  return platform::redacted(error.localizedDescription(), secrets, platform::kLongestReason);
 }
 
 }  // namespace

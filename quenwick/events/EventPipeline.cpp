@@ -176,7 +176,7 @@ void EventPipeline::startSends() {
 }
 
 void EventPipeline::dropWaiting() {
-  for (const auto& payload : waiting_) settle(payload.bytes, EventState::droppedManagerGone);
+  for (const auto& payload : waiting_) settle(payload.bytes, EventState::droppedAtEnd);
   waiting_.clear();
 }
 

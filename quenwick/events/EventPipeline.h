@@ -63,7 +63,7 @@ class EventPipeline : public std::enable_shared_from_this<EventPipeline> {
     auto all = bytes + sizeof(Run) + kOverhead;
     if (!admit(all)) return;
     post([all, run = std::move(run)](EventPipeline& self) mutable {
-      if (self.end_.stop_requested()) return self.settle(all, EventState::droppedManagerGone);
+      if (self.end_.stop_requested()) return self.settle(all, EventState::droppedAtEnd);
       run(self, all);
     });
   }
