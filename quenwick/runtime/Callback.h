@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <type_traits>
+#include <utility>
 
 #include "quenwick/client/DeeplinkResult.h"
 #include "quenwick/platform/Value.h"

@@ -1,6 +1,5 @@
 #include "quenwick/runtime/HostContext.h"
 
-#include <algorithm>
 #include <condition_variable>
 #include <vector>
 
@@ -23,22 +22,34 @@ struct Contexts {
   }
 };
 
-/// Those that calls on this thread use, one within the other.
-thread_local std::vector<const void*> usedHere;
-
-struct Use {
-  explicit Use(const void* pointer) { usedHere.push_back(pointer); }
-  ~Use() { usedHere.pop_back(); }
+/// One that a call on this thread uses, within the call of an outer one.
+class Use {
+ public:
+  explicit Use(const void* pointer) : pointer_(pointer), outer_(innermost_) { innermost_ = this; }
+  ~Use() { innermost_ = outer_; }
   Use(const Use&) = delete;
   Use& operator=(const Use&) = delete;
-};
 
-std::size_t countUsedHere() {
-  auto distinct = usedHere;
-  std::ranges::sort(distinct);
-  auto rest = std::ranges::unique(distinct);
-  return distinct.size() - rest.size();
-}
+  /// How many contexts the calls on this thread use.
+  static std::size_t count() {
+    std::size_t count = 0;
+    for (const auto* use = innermost_; use; use = use->outer_) count += use->isOutermost() ? 1 : 0;
+    return count;
+  }
+
+ private:
+  bool isOutermost() const {
+    const auto* other = outer_;
+    while (other && other->pointer_ != pointer_) other = other->outer_;
+    return !other;
+  }
+
+  const void* pointer_;
+  const Use* outer_;
+  // A plain pointer, which the last code of a host at exit may still use.
+  static thread_local const Use* innermost_;
+};
+thread_local const Use* Use::innermost_ = nullptr;
 
 }  // namespace
 
@@ -96,7 +107,7 @@ bool HostContext::closeAll(std::chrono::nanoseconds atMost) {
     if (auto context = each.lock()) context->release();
   }
   std::unique_lock lock(contexts.mutex);
-  return contexts.changed.wait_for(lock, atMost, [&] { return contexts.held <= countUsedHere(); });
+  return contexts.changed.wait_for(lock, atMost, [&] { return contexts.held <= Use::count(); });
 }
 
 void HostContext::use(const std::function<void(void* pointer)>& call) const {

@@ -68,7 +68,7 @@ struct Kind<float> {
   static float read(const platform::Value& value);
 };
 
-/// A text, to its last digit, or a number, to as many digits as a double keeps.
+/// A text, to 38 digits, or a number: an integer in full, another as a double keeps it.
 template <>
 struct Kind<Decimal> {
   static constexpr std::string_view name = "decimal";

@@ -81,6 +81,11 @@ auto posting(decltype(quenwick_executor::post) post, std::shared_ptr<HostContext
   };
 }
 
+// A level is handed to C as its number.
+static_assert(static_cast<int>(LogLevel::debug) == QUENWICK_LOG_DEBUG);
+static_assert(static_cast<int>(LogLevel::standard) == QUENWICK_LOG_DEFAULT);
+static_assert(static_cast<int>(LogLevel::error) == QUENWICK_LOG_ERROR);
+
 auto writing(decltype(quenwick_log::write) write, std::shared_ptr<HostContext> context) {
   return [write, context = std::move(context)](LogLevel level, std::string_view message) {
     auto text = platform::madeUTF8(message);

@@ -62,7 +62,7 @@ typedef struct quenwick_executor {
   void (*destroy)(void* context);
 } quenwick_executor;
 
-/// How much a line of the log matters.
+/// How much a line of the log matters; the default level is `LogLevel::standard` in C++.
 enum { QUENWICK_LOG_DEBUG = 0, QUENWICK_LOG_DEFAULT = 1, QUENWICK_LOG_ERROR = 2 };
 
 /// Takes what is logged. `message` belongs to the library and lasts as long as the call. Called
@@ -113,7 +113,8 @@ QUENWICK_API bool quenwick_flush(uint32_t milliseconds);
 /// called every `destroy`, and waits until all that is kept is on disk; at most that long. Whether
 /// all of it has ended. A callback within which it is called is let go of when that returns. Events
 /// whose turn to be sent has not come are lost: flush first. Every later call is refused. To be
-/// called before an interpreter ends and before the library is unloaded.
+/// called before an interpreter ends and before a plug-in that uses the library is closed; the
+/// library itself stays loaded.
 QUENWICK_API bool quenwick_shutdown(uint32_t milliseconds);
 
 #ifdef __cplusplus
