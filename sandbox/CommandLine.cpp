@@ -46,6 +46,10 @@ CommandLine parseCommandLine(std::span<char* const> arguments) {
       line.printsHelp = true;
     } else if (argument == "--print-ca") {
       line.printsAuthority = true;
+    } else if (argument == "--version") {
+      line.printsVersion = true;
+    } else if (!argument.starts_with('-')) {
+      throw UsageError("it takes options only, not \"" + std::string(argument) + "\"");
     } else if (!takesValue(option)) {
       throw UsageError("there is no option " + std::string(argument));
     } else if (option != argument) {
@@ -70,7 +74,8 @@ and HTTP.
   --state DIR      folder of what is kept: the certificate authority, a secret
                    (default: quenwick-sandbox in $XDG_DATA_HOME or ~/.local/share)
   --print-ca       print the path of the authority's certificate and exit
-  --help           print this text and exit
+  --version        print the version and exit
+  -h, --help       print this text and exit
 )";
 }
 

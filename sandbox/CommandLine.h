@@ -16,6 +16,7 @@ struct CommandLine {
   std::optional<std::filesystem::path> scenarioFile;
   bool printsAuthority = false;
   bool printsHelp = false;
+  bool printsVersion = false;
 };
 
 class UsageError : public std::runtime_error {

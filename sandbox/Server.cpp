@@ -19,6 +19,7 @@ namespace {
 constexpr std::size_t kMostThreads = 1024;
 constexpr int kBacklog = 1024;
 constexpr const char* kAnyPath = R"([\s\S]*)";
+constexpr const char* kRanges = "Accept-Ranges";
 
 /// The connection that this thread serves: the HTTP library hands its handlers the request alone.
 thread_local Connection* servedConnection = nullptr;
@@ -118,7 +119,12 @@ class Server::Listener : public httplib::Server {
   void setHandlers() {
     const auto respond = [this](const httplib::Request& request, httplib::Response& response) {
       responder_.respond(*servedConnection, request.body, response);
+      // Else the HTTP library offers ranges in answers to HEAD. What is empty is taken out below.
+      if (!response.has_header(kRanges)) response.headers.emplace(kRanges, "");
     };
+    set_post_routing_handler([](const auto&, auto& response) {
+      if (response.get_header_value(kRanges).empty()) response.headers.erase(kRanges);
+    });
     // Requests without a body are answered before the patterns are tried.
     set_pre_routing_handler([respond](const auto& request, auto& response) {
       if (request.get_header_value("Content-Length") != "0") return HandlerResponse::Unhandled;

@@ -46,9 +46,14 @@ void replaceFile(const std::filesystem::path& path, mode_t mode,
 }
 
 void makePrivateFolder(const std::filesystem::path& folder) {
-  if (std::filesystem::is_directory(folder)) return;
-  if (folder.has_parent_path()) std::filesystem::create_directories(folder.parent_path());
-  require(::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST, folder);
+  std::error_code error;
+  if (std::filesystem::is_directory(folder, error)) return;
+  std::filesystem::create_directories(folder.parent_path(), error);
+  if (!error && ::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
+    error.assign(errno, std::generic_category());
+  }
+  if (!error) return;
+  throw std::system_error(error, "the folder " + folder.string() + " cannot be made");
 }
 
 }  // namespace

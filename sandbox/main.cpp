@@ -4,6 +4,8 @@
 #include <fstream>
 #include <iostream>
 #include <sstream>
+#include <stdexcept>
+#include <string_view>
 
 #include "sandbox/CertificateAuthority.h"
 #include "sandbox/CommandLine.h"
@@ -28,8 +30,16 @@ std::string readFile(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
   std::ostringstream text;
   text << file.rdbuf();
-  if (!file || text.str().empty()) throw UsageError("cannot read " + path.string());
+  if (!file || std::filesystem::is_directory(path))
+    throw UsageError("the file " + path.string() + " cannot be read");
+  if (text.str().empty()) throw UsageError("the file " + path.string() + " is empty");
   return text.str();
+}
+
+/// Writes all that there is to say.
+void print(std::string_view text) {
+  std::cout << text << std::flush;
+  if (!std::cout) throw std::runtime_error("standard output cannot be written");
 }
 
 std::string inQuotes(const std::string& text) {
@@ -66,13 +76,11 @@ void announce(const Sandbox& sandbox) {
 
 int run(std::span<char* const> arguments) {
   CommandLine line = parseCommandLine(arguments);
-  if (line.printsHelp) {
-    std::cout << helpText();
-    return 0;
-  }
+  if (line.printsHelp) return print(helpText()), 0;
+  if (line.printsVersion) return print("quenwick-sandbox " QUENWICK_VERSION "\n"), 0;
   if (line.options.state.empty()) line.options.state = Sandbox::defaultState();
   if (line.printsAuthority) {
-    std::cout << CertificateAuthority::inFolder(line.options.state).file().string() << '\n';
+    print(CertificateAuthority::inFolder(line.options.state).file().string() + '\n');
     return 0;
   }
   if (line.scenarioFile) line.options.scenario = readFile(*line.scenarioFile);
