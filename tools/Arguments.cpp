@@ -11,7 +11,7 @@ Arguments::Arguments(std::span<const std::string> line, const Accepted& accepted
       words_.insert(words_.end(), line.begin() + static_cast<std::ptrdiff_t>(i) + 1, line.end());
       return;
     }
-    if (!text.starts_with("--")) {
+    if (!text.starts_with('-')) {
       words_.push_back(text);
       continue;
     }

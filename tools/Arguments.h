@@ -21,7 +21,7 @@ struct Accepted {
 };
 
 /// A command line taken apart. Options are written `--name value`, `--name=value` or `--flag`;
-/// after `--` everything is a word.
+/// what else begins with `-` is refused. After `--` everything is a word.
 class Arguments {
  public:
   /// Throws `UsageError` for an option that is not accepted or lacks its value.

@@ -29,16 +29,23 @@ platform::Task<std::optional<URLRequest>> HopRecorder::urlSession(
       session, task, std::move(willPerformHTTPRedirection), std::move(newRequest));
 }
 
-void HopRecorder::urlSession(platform::URLSession&, platform::URLSessionTask&,
+void HopRecorder::urlSession(platform::URLSession&, platform::URLSessionTask& task,
                              const platform::PlatformError* didCompleteWithError) {
-  if (!didCompleteWithError) return;
+  const auto* answer = dynamic_cast<const platform::HTTPURLResponse*>(task.response.get());
   std::lock_guard lock(mutex_);
+  if (answer) status_ = answer->statusCode;
+  if (!didCompleteWithError) return;
   loadError_ = std::make_shared<platform::PlatformError>(*didCompleteWithError);
 }
 
 std::vector<Hop> HopRecorder::hops() const {
   std::lock_guard lock(mutex_);
   return hops_;
+}
+
+std::optional<int> HopRecorder::status() const {
+  std::lock_guard lock(mutex_);
+  return status_;
 }
 
 std::shared_ptr<const platform::PlatformError> HopRecorder::loadError() const {

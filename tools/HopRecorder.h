@@ -36,12 +36,16 @@ class HopRecorder : public URLSessionRedirectDelegate {
   /// What was seen so far; complete once the resolution has ended.
   std::vector<Hop> hops() const;
 
+  /// That of the answer at the end of the chain, if there was one.
+  std::optional<int> status() const;
+
   /// Why the load at the end of the chain failed, if it did.
   std::shared_ptr<const platform::PlatformError> loadError() const;
 
  private:
   mutable std::mutex mutex_;
   std::vector<Hop> hops_;
+  std::optional<int> status_;
   std::shared_ptr<const platform::PlatformError> loadError_;
   std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
 };

@@ -21,6 +21,15 @@ std::vector<std::string> LineRecorder::lines() const {
   return lines;
 }
 
+std::vector<std::string> LineRecorder::errors() const {
+  std::lock_guard lock(mutex_);
+  std::vector<std::string> errors;
+  for (const auto& entry : entries_) {
+    if (entry.level == platform::LogLevel::error) errors.push_back(entry.message);
+  }
+  return errors;
+}
+
 void LineRecorder::passOnErrors() {
   if (isVerbose()) return;
   std::lock_guard lock(mutex_);

@@ -18,6 +18,9 @@ class LineRecorder : public platform::LogSink {
 
   std::vector<std::string> lines() const;
 
+  /// Those of them that are errors.
+  std::vector<std::string> errors() const;
+
   /// Writes the errors kept so far where they were not: the program has succeeded in spite of them.
   void passOnErrors();
 

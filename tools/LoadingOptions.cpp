@@ -1,5 +1,7 @@
 #include "tools/LoadingOptions.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <chrono>
 #include <cstdint>
@@ -14,7 +16,8 @@ namespace {
 
 std::string fileContents(const std::string& path) {
   std::ifstream stream(path, std::ios::binary);
-  if (!stream) throw UsageError("the file " + path + " cannot be read");
+  stream.peek();  // a folder is opened, but not read
+  if (!stream.is_open() || stream.bad()) throw UsageError("the file " + path + " cannot be read");
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
@@ -41,6 +44,17 @@ platform::ConnectTo connectTo(const std::string& text) {
   throw UsageError("--connect-to takes HOST:PORT:ADDRESS:PORT, not " + text);
 }
 
+std::optional<Deadline::Seconds> timeout(const Arguments& arguments) {
+  auto text = arguments.value("--timeout");
+  if (!text) return std::nullopt;
+  auto seconds = number<double>(*text);
+  constexpr double kLongest = 1e9;
+  if (!seconds || !(*seconds >= 0 && *seconds < kLongest)) {
+    throw UsageError("--timeout takes seconds, not " + *text);
+  }
+  return Deadline::Seconds(*seconds);
+}
+
 }  // namespace
 
 std::vector<std::string_view> loadingOptions(std::vector<std::string_view> own) {
@@ -62,22 +76,26 @@ platform::URLSessionConfiguration sessionConfiguration(const Arguments& argument
   return configuration;
 }
 
-std::optional<std::chrono::duration<double>> timeout(const Arguments& arguments) {
-  auto text = arguments.value("--timeout");
-  if (!text) return std::nullopt;
-  auto seconds = number<double>(*text);
-  constexpr double kLongest = 1e9;
-  if (!seconds || !(*seconds >= 0 && *seconds < kLongest)) {
-    throw UsageError("--timeout takes seconds, not " + *text);
-  }
-  return std::chrono::duration<double>(*seconds);
+Deadline::Deadline(const Arguments& arguments, std::optional<Seconds> otherwise)
+    : patience_(timeout(arguments)) {
+  if (!patience_) patience_ = otherwise;
+  if (!patience_) return;
+  timer_ = platform::postAfter(left(), platform::pool(),
+                               [stop = stop_]() mutable { stop.request_stop(); });
 }
 
-platform::Cancellable deadline(const Arguments& arguments, const std::stop_source& stop) {
-  auto patience = timeout(arguments);
-  if (!patience) return {};
-  auto duration = std::chrono::duration_cast<std::chrono::nanoseconds>(*patience);
-  return platform::postAfter(duration, platform::pool(), [stop]() mutable { stop.request_stop(); });
+std::chrono::nanoseconds Deadline::left() const {
+  using std::chrono::nanoseconds;
+  if (!patience_) return nanoseconds::max();
+  auto end = begin_ + std::chrono::duration_cast<nanoseconds>(*patience_);
+  return std::max(nanoseconds(end - std::chrono::steady_clock::now()), nanoseconds(0));
+}
+
+std::string Deadline::line() const {
+  std::array<char, 400> digits{};  // the least of them has as many
+  auto written = std::to_chars(digits.begin(), digits.end(), patience_.value_or(Seconds()).count(),
+                               std::chars_format::fixed);
+  return "no answer within " + std::string(digits.begin(), written.ptr) + " s";
 }
 
 }  // namespace quenwick::tools

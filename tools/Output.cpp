@@ -1,10 +1,12 @@
 #include "tools/Output.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <array>
 #include <cstdio>
 #include <ctime>
+#include <utility>
 
 #include "quenwick/platform/JSONSerialization.h"
 #include "quenwick/platform/Text.h"
@@ -12,8 +14,20 @@
 namespace quenwick::tools {
 namespace {
 
+/// Where the program prints; null where it was started without a standard output.
+struct Destination {
+  std::FILE* stream = stdout;
+  bool isIncomplete = false;
+};
+
+Destination& destination() {
+  static Destination instance;
+  return instance;
+}
+
 std::string styled(std::string_view text, std::string_view code) {
-  static const bool isTerminal = isatty(STDOUT_FILENO) != 0;
+  auto* stream = destination().stream;
+  static const bool isTerminal = stream && isatty(fileno(stream)) != 0;
   if (!isTerminal) return plain(text);
   return std::string("\033[").append(code).append("m") + plain(text) + "\033[0m";
 }
@@ -36,7 +50,26 @@ platform::Value printable(const platform::Value& value) {
 
 }  // namespace
 
-void print(std::string_view text) { std::fwrite(text.data(), 1, text.size(), stdout); }
+void keepStandardOutput() {
+  int own = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  destination().stream = own < 0 ? nullptr : ::fdopen(own, "w");
+  if (::dup2(STDERR_FILENO, STDOUT_FILENO) >= 0) return;
+  int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (nowhere >= 0) ::dup2(nowhere, STDOUT_FILENO);
+}
+
+void print(std::string_view text) {
+  auto& [stream, isIncomplete] = destination();
+  if (!stream || std::fwrite(text.data(), 1, text.size(), stream) < text.size()) {
+    isIncomplete = true;
+  }
+}
+
+bool endOutput() {
+  auto& [stream, isIncomplete] = destination();
+  if (stream && std::fclose(std::exchange(stream, nullptr)) != 0) isIncomplete = true;
+  return !isIncomplete;
+}
 
 void printJSON(const platform::Value& value) {
   print(platform::JSONSerialization::text(printable(value)) + "\n");

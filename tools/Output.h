@@ -8,8 +8,15 @@
 
 namespace quenwick::tools {
 
+/// Keeps standard output for what the program prints: what the library writes there goes to
+/// standard error from now on. Called once, before anything is printed.
+void keepStandardOutput();
+
 /// Writes text to standard output.
 void print(std::string_view text);
+
+/// Flushes what was printed, the last to be called; false where not all of it could be written.
+bool endOutput();
 
 /// Writes the value as one line of JSON.
 void printJSON(const platform::Value& value);

@@ -22,7 +22,11 @@ struct Report {
   std::optional<std::string> destination = std::nullopt;
   std::optional<platform::PlatformError> error = std::nullopt;
   std::vector<Hop> hops = {};
+  std::optional<int> status = std::nullopt;
   std::shared_ptr<const platform::PlatformError> loadError = nullptr;
+
+  /// Where no server answered at all, the destination is nothing but the link.
+  bool isDone() const { return destination && !(loadError && hops.empty()); }
 };
 
 Report resolve(const platform::URL& link, const Arguments& arguments) {
@@ -30,14 +34,16 @@ Report resolve(const platform::URL& link, const Arguments& arguments) {
   DeeplinkManager manager(link,
                           platform::URLSession::make(sessionConfiguration(arguments), recorder));
   Report report{.link = manager.url().absoluteString()};
-  std::stop_source stop;
-  auto ending = deadline(arguments, stop);
+  Deadline deadline(arguments);
   try {
-    report.destination = platform::wait(manager.resolve(stop.get_token())).absoluteString();
+    report.destination = platform::wait(manager.resolve(deadline.token())).absoluteString();
   } catch (const DeeplinkResolutionError& error) {
-    report.error = error.nsError();
+    report.error = deadline.hasPassed()
+                       ? DeeplinkResolutionError::failure(report.link, deadline.line()).nsError()
+                       : error.nsError();
   }
   report.hops = recorder->hops();
+  report.status = recorder->status();
   report.loadError = recorder->loadError();
   return report;
 }
@@ -64,6 +70,7 @@ Value jsonOf(const Report& report) {
   List hops;
   for (const auto& hop : report.hops) hops.push_back(jsonOf(hop));
   object.set("hops", std::move(hops));
+  object.set("status", report.status ? Value(*report.status) : Value());
   Value loadError;
   if (const auto& error = report.loadError) {
     loadError = Dictionary{{"domain", error->domain()},
@@ -93,7 +100,9 @@ void printForPerson(const Report& report) {
   if (report.error) {
     auto reason = report.error->localizedDescription();
     reason.erase(reason.find_last_not_of(" \t\r\n") + 1);
-    print(dim("not resolved") + " " + plain(reason) + "\n");
+    if (reason.empty()) reason = "(the answer has no text)";
+    auto status = report.status ? std::to_string(*report.status) + "  " : "";
+    print(dim("not resolved") + " " + status + plain(reason) + "\n");
   }
   if (const auto& error = report.loadError; error && report.destination) {
     print(dim("not loaded") + "   " + plain(error->localizedDescription()) + "\n");
@@ -112,7 +121,7 @@ int resolveCommand(std::span<const std::string> words) {
   } else {
     printForPerson(report);
   }
-  return report.destination ? kDone : kFailed;
+  return report.isDone() ? kDone : kFailed;
 }
 
 }  // namespace quenwick::tools

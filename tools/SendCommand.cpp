@@ -23,7 +23,7 @@ using platform::Dictionary;
 using platform::List;
 using Acknowledgement = platform::Task<BehavioralEventContainer>;
 
-constexpr double kPatience = 90;  // longer than the library's own time-outs
+constexpr std::chrono::seconds kPatience(90);  // longer than the library's own time-outs
 
 /// Keeps the identifier that the service gives an event.
 class Watched : public BehavioralEventRequestable {
@@ -97,16 +97,13 @@ void openKeychain() {
 Report send(const std::string& event, const Offer& offer, const Arguments& arguments) {
   auto apiKey = apiKeyFrom(arguments);
   auto service = serviceFrom(arguments);
-  auto patience = timeout(arguments).value_or(std::chrono::duration<double>(kPatience));
-  auto end = std::chrono::steady_clock::now() + patience;
-  std::stop_source stop;
-  auto ending = deadline(arguments, stop);
+  Deadline deadline(arguments, kPatience);
   openKeychain();
   auto recorder = LineRecorder::install();
-  auto verification = verify(*service, apiKey, stop.get_token());
+  auto verification = verify(*service, apiKey, deadline);
   Report report{.event = event};
   if (verification.error) {
-    report.lines = recorder->lines();
+    if (!deadline.hasPassed()) report.lines = recorder->lines();
     report.lines.push_back(*verification.error);
     return report;
   }
@@ -115,16 +112,14 @@ Report send(const std::string& event, const Offer& offer, const Arguments& argum
   BehaviorEventManager manager;
   manager.start(std::make_shared<const BehavioralEventRepository>(api));
   offer(manager);
-  auto left =
-      std::chrono::duration_cast<std::chrono::nanoseconds>(end - std::chrono::steady_clock::now());
-  bool isEnded = manager.flush(std::max(left, std::chrono::nanoseconds(0)));
+  bool isEnded = manager.flush(deadline.left());
   report.requestID = api->requestID();
   if (report.requestID) {
     recorder->passOnErrors();
     return report;
   }
   report.lines = recorder->lines();
-  if (!isEnded) report.lines.emplace_back("The service has not answered in time");
+  if (!isEnded) report.lines.push_back(deadline.line());
   return report;
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <stdexcept>
 
 #include "quenwick/CoreData/CoreDataManager.h"
 #include "quenwick/CoreData/DeeplinkQWU.h"
@@ -7,6 +8,7 @@
 #include "quenwick/state/Analytics.h"
 #include "tools/Arguments.h"
 #include "tools/Commands.h"
+#include "tools/LineRecorder.h"
 #include "tools/Output.h"
 
 namespace quenwick::tools {
@@ -35,14 +37,15 @@ List links() {
   return list;
 }
 
+/// All of it as it stands: who looks makes no identifier, and so is no first launch.
 Dictionary state() {
   auto& analytics = Analytics::shared();
-  auto sdkID = analytics.sdkID().uuidString();  // made first: it decides about the first install
+  auto sdkID = analytics.keptSDKID();
   Dictionary datapoints;
-  for (const auto& [key, value] : analytics.datapoints()) datapoints.set(key, value);
-  return {{"sdkID", sdkID},
-          {"isFirstInstall", analytics.isFirstInstall()},
-          {"anonymousID", analytics.anonymousID()},
+  for (const auto& [key, value] : analytics.keptDatapoints()) datapoints.set(key, value);
+  return {{"sdkID", sdkID ? Value(sdkID->uuidString()) : Value()},
+          {"isFirstInstall", !sdkID},
+          {"anonymousID", orNull(analytics.keptAnonymousID())},
           {"qwU", orNull(analytics.qwU())},
           {"qwuDeeplink", orNull(analytics.qwuDeeplink())},
           {"qwu", orNull(analytics.qwu())},
@@ -90,7 +93,14 @@ void printForPerson(const Dictionary& all) {
 int stateCommand(std::span<const std::string> words) {
   Arguments arguments(words, {.valued = {}, .flags = {"--json"}});
   arguments.noWords();
+  auto recorder = LineRecorder::install();
+  Analytics::shared();
+  if (auto errors = recorder->errors(); !errors.empty()) throw std::runtime_error(errors.front());
   auto all = state();
+  if (!recorder->errors().empty()) {
+    recorder->passOnErrors();
+    throw std::runtime_error("the link identifiers cannot be read");
+  }
   if (arguments.has("--json")) {
     printJSON(all);
   } else {

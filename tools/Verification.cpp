@@ -6,7 +6,6 @@
 #include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/auth/SecureSessionData.h"
 #include "quenwick/client/VerificationFailure.h"
-#include "tools/LoadingOptions.h"
 
 namespace quenwick::tools {
 namespace {
@@ -51,15 +50,17 @@ std::string apiKeyFrom(const Arguments& arguments) {
   return *std::move(key);
 }
 
-Verification verify(APIService& service, const std::string& apiKey, const std::stop_token& stop) {
+Verification verify(APIService& service, const std::string& apiKey, const Deadline& deadline) {
   auto api = std::make_shared<Watched>(service.behavioralVerification()->requester());
   BehavioralVerificationRepository repository(api);
   Verification outcome;
   try {
-    outcome.endpoint = platform::wait(repository.verify(apiKey, stop)).absoluteString();
+    outcome.endpoint = platform::wait(repository.verify(apiKey, deadline.token())).absoluteString();
     outcome.expiresAt = expiry();
   } catch (...) {
-    outcome.error = verificationFailureLine(std::current_exception(), apiKey);
+    outcome.error = deadline.hasPassed()
+                        ? deadline.line()
+                        : verificationFailureLine(std::current_exception(), apiKey);
   }
   outcome.isFromCache = outcome.endpoint && !api->wasAsked();
   return outcome;

@@ -2,11 +2,11 @@
 
 #include <memory>
 #include <optional>
-#include <stop_token>
 #include <string>
 
 #include "quenwick/API/APIService/APIService.h"
 #include "tools/Arguments.h"
+#include "tools/LoadingOptions.h"
 
 namespace quenwick::tools {
 
@@ -26,6 +26,6 @@ std::shared_ptr<APIService> serviceFrom(const Arguments& arguments);
 std::string apiKeyFrom(const Arguments& arguments);
 
 /// Runs the handshake, unless its last answer still holds, and waits for it.
-Verification verify(APIService& service, const std::string& apiKey, const std::stop_token& stop);
+Verification verify(APIService& service, const std::string& apiKey, const Deadline& deadline);
 
 }  // namespace quenwick::tools

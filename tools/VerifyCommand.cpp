@@ -31,9 +31,7 @@ int verifyCommand(std::span<const std::string> words) {
   arguments.noWords();
   auto apiKey = apiKeyFrom(arguments);
   auto service = serviceFrom(arguments);
-  std::stop_source stop;
-  auto ending = deadline(arguments, stop);
-  auto outcome = verify(*service, apiKey, stop.get_token());
+  auto outcome = verify(*service, apiKey, Deadline(arguments));
   if (arguments.has("--json")) {
     printJSON(jsonOf(outcome));
   } else {

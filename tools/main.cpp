@@ -10,6 +10,7 @@
 #include "quenwick/logging/Logger.h"
 #include "quenwick/platform/HostConfiguration.h"
 #include "quenwick/platform/LogSink.h"
+#include "quenwick/platform/Text.h"
 #include "tools/Arguments.h"
 #include "tools/Commands.h"
 #include "tools/Output.h"
@@ -41,6 +42,9 @@ constexpr auto kUsage =
   --home DIR        keep all state under DIR instead of the user's folders
   --bundle-id ID    act as the application of that identifier
   --verbose         write the library's log to standard error
+  --version         print the version
+  -h, --help        print this text
+  --                what follows is no option, whatever it begins with
 
 exit codes: 0 done, 1 not done, 2 bad usage
 )";
@@ -60,16 +64,29 @@ constexpr std::array kCommands = {
 /// Where the command's name stands: behind the program's own options.
 std::size_t commandIndex(std::span<const std::string> line) {
   std::size_t index = 0;
-  while (index < line.size() && line[index].starts_with("--")) {
+  while (index < line.size() && line[index].starts_with('-')) {
     bool takesNext = line[index] == "--home" || line[index] == "--bundle-id";
     index += takesNext ? 2 : 1;
   }
   return std::min(index, line.size());
 }
 
+bool asksForHelp(std::span<const std::string> words) {
+  auto options =
+      words.first(static_cast<std::size_t>(std::ranges::find(words, "--") - words.begin()));
+  return std::ranges::any_of(options,
+                             [](const auto& word) { return word == "--help" || word == "-h"; });
+}
+
+std::string bundleIdentifier(const Arguments& arguments) {
+  auto identifier = arguments.value("--bundle-id").value_or(kBundleIdentifier);
+  if (!identifier.empty() && platform::isUTF8(identifier)) return identifier;
+  throw UsageError("--bundle-id takes an identifier, as com.example.shop");
+}
+
 void configure(const Arguments& arguments) {
   platform::HostConfiguration host;
-  host.bundleIdentifier = arguments.value("--bundle-id").value_or(kBundleIdentifier);
+  host.bundleIdentifier = bundleIdentifier(arguments);
   host.bundleVersion = QUENWICK_VERSION;
   if (auto home = arguments.value("--home")) {
     if (home->empty()) throw UsageError("--home takes a folder");
@@ -89,10 +106,9 @@ void configure(const Arguments& arguments) {
 int run(std::span<const std::string> line) {
   auto index = commandIndex(line);
   Arguments own(line.first(index), {.valued = {"--home", "--bundle-id"},
-                                    .flags = {"--help", "--verbose", "--version"}});
+                                    .flags = {"-h", "--help", "--verbose", "--version"}});
   auto command = line.subspan(index);
-  bool asksForHelp = std::ranges::find(command, "--help") != command.end();
-  if (own.has("--help") || asksForHelp) return print(kUsage), kDone;
+  if (own.has("-h") || own.has("--help") || asksForHelp(command)) return print(kUsage), kDone;
   if (own.has("--version")) return print("quenwick " QUENWICK_VERSION "\n"), kDone;
   if (command.empty()) throw UsageError("there is no command");
   for (const auto& [name, runCommand] : kCommands) {
@@ -117,13 +133,7 @@ void hideKeys(std::span<char*> words) {
   }
 }
 
-}  // namespace
-}  // namespace quenwick::tools
-
-int main(int count, char** words) {
-  using namespace quenwick::tools;
-  std::vector<std::string> line(words + std::min(count, 1), words + count);
-  hideKeys({words, static_cast<std::size_t>(count)});
+int runAndReport(std::span<const std::string> line) {
   try {
     return run(line);
   } catch (const UsageError& error) {
@@ -133,4 +143,18 @@ int main(int count, char** words) {
     std::fprintf(stderr, "quenwick: %s\n", error.what());
     return kFailed;
   }
+}
+
+}  // namespace
+}  // namespace quenwick::tools
+
+int main(int count, char** words) {
+  using namespace quenwick::tools;
+  std::vector<std::string> line(words + std::min(count, 1), words + count);
+  hideKeys({words, static_cast<std::size_t>(count)});
+  keepStandardOutput();
+  int code = runAndReport(line);
+  if (endOutput()) return code;
+  std::fputs("quenwick: standard output cannot be written\n", stderr);
+  return kFailed;
 }
