@@ -1,4 +1,7 @@
-/* The same in C. */
+/* A shop that is opened with a link and reports what its user looks at. It is told how to reach the
+   service by JSON, as `quenwick_configure` takes it:
+     consumer_c '{"serviceURL": URL, "trustAnchors": PEM, "home": FOLDER,
+                  "connectTo": [{"toAddress": "127.0.0.1", "toPort": PORT}]}' */
 #include <quenwick/runtime/quenwick_c.h>
 #include <semaphore.h>
 #include <stdio.h>
@@ -27,7 +30,9 @@ static void perform(const char* selector, const char* arguments,
 }
 
 int main(int count, char** words) {
-  if (count != 2) return fprintf(stderr, "usage: main CONFIGURATION\n"), 2;
+  if (count != 2) {
+    return fprintf(stderr, "usage: consumer_c JSON, as quenwick_configure takes it\n"), 2;
+  }
   sem_init(&opened_link, 0, 0);
   sem_init(&enabled_events, 0, 0);
   char* error;

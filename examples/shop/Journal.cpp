@@ -1,5 +1,6 @@
 #include "examples/shop/Journal.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace shop {
@@ -39,7 +40,9 @@ Journal::Journal(const std::optional<std::filesystem::path>& file) {
 }
 
 void Journal::say(const std::string& what, const std::string& text) {
-  std::printf("  %-12s %s\n", what.c_str(), text.c_str());
+  auto line = text;  // what a server says must not drive the terminal
+  std::ranges::replace_if(line, [](unsigned char c) { return c < ' ' || c == 0x7f; }, ' ');
+  std::printf("  %-12s %s\n", what.c_str(), line.c_str());
   std::fflush(stdout);
 }
 

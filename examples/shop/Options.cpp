@@ -2,16 +2,17 @@
 
 #include <charconv>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 
 namespace shop {
 namespace {
 
 std::string contents(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
-  std::string text{std::istreambuf_iterator<char>(stream), {}};
-  if (!stream || text.empty()) throw UsageError("cannot read " + file);
-  return text;
+  std::ostringstream text;
+  text << stream.rdbuf();
+  if (!stream || !text || text.str().empty()) throw UsageError("cannot read " + file);
+  return text.str();
 }
 
 quenwick::ConnectTo toThisMachine(std::uint16_t port, const std::string& text) {
@@ -51,6 +52,10 @@ Options parse(std::span<char* const> words) {
   Options options;
   while (!words.empty()) {
     std::string word = words[0];
+    if (word == "--help" || word == "-h") {
+      options.asksForHelp = true;
+      return options;
+    }
     if (!word.starts_with("--")) {
       options.link = word;
       words = words.subspan(1);

@@ -16,6 +16,7 @@ struct UsageError : std::runtime_error {
 
 /// What the program is called with.
 struct Options {
+  bool asksForHelp = false;
   /// The link that opens the shop.
   std::string link;
   /// Where the service is; without ports the production one.

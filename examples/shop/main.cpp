@@ -61,7 +61,11 @@ bool open(const Options& options, Journal& journal) {
       std::chrono::steady_clock::now() - begin);
   auto result = opened->future.get();
   auto* destination = std::get_if<std::string>(&result);
-  if (!destination) return false;
+  if (!destination) {
+    auto reason = std::get<quenwick::DeeplinkResolutionError>(result).localizedDescription();
+    journal.say("nowhere", reason.empty() ? "the service gives no reason" : reason);
+    return false;
+  }
   journal.say("leads to", *destination);
   journal.say("", "in " + std::to_string(taken.count()) + " ms, for the customer " +
                       QWClient::qwU().value_or("(unknown)"));
@@ -125,7 +129,9 @@ int run(const Options& options) {
 
 int main(int count, char** words) {
   try {
-    return shop::run(shop::parse({words + 1, static_cast<std::size_t>(count - 1)}));
+    auto options = shop::parse({words + 1, static_cast<std::size_t>(count - 1)});
+    if (options.asksForHelp) return std::fputs(shop::kUsage, stdout) < 0 ? 1 : 0;
+    return shop::run(options);
   } catch (const shop::UsageError& error) {
     std::fprintf(stderr, "shop: %s\n%s", error.what(), shop::kUsage);
     return 2;

@@ -8,7 +8,6 @@
 #include <csignal>
 #include <memory>
 #include <string>
-#include <string_view>
 
 #include <quenwick/quenwick.h>
 #include <quenwick/ui_gtk/quenwick-ui.h>
