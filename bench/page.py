@@ -137,7 +137,8 @@ def written(rows, reasons):
     parts += ["## Growth\n", """\
 The cost of one operation, beside so many: it must not grow with their number, so that the whole grows
 no worse than in proportion and look-ups stay as they are. What the first one waits for alone (a write,
-a connection) is no measure: the last column is held against the least of the others.
+a connection) is no measure: the last column is held against the least of the others. Link users are
+noted on one core: to wake a thread on another costs as much as the note, and comes and goes.
 """, growth_table(of("growth"))]
     parts += ["## On the wire\n", day.text(of("wire"), table)] + reasons_for(rows, reasons)
     return "\n".join(parts)

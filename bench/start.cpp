@@ -1,6 +1,5 @@
 // What the library costs a host that starts it: the time of `start`, and memory.
 
-#include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <map>

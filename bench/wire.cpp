@@ -11,7 +11,6 @@
 #include <string>
 
 #include "bench/support/CountingRelay.h"
-#include "bench/support/DiscardingLog.h"
 #include "bench/support/HTTP2Server.h"
 #include "quenwick/API/APIService/APIService.h"
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
@@ -20,6 +19,7 @@
 #include "quenwick/events/BehaviorEventManager.h"
 #include "quenwick/platform/HostConfiguration.h"
 #include "tests/support/SandboxService.h"
+#include "tests/support/SilentLog.h"
 
 namespace quenwick::bench {
 namespace {
@@ -147,7 +147,7 @@ bool measureResolution(const std::string& protocol, const std::string& what, Wir
 bool measureAlone(const std::string& protocol, const std::string& what) {
   tests::TemporaryDirectory home;
   platform::configureHost({.bundleIdentifier = "com.example.bench", .home = home.path()});
-  platform::setLogSink(std::make_shared<DiscardingLog>());
+  tests::SilentLog::install();
   Wire wire(protocol == "http2");
   APIService::setShared(std::make_shared<APIService>(
       APIService::Host::custom(*platform::URL::parse("https://api.shop.example")),

@@ -1,39 +1,23 @@
 #include "bench/support/CurlEvents.h"
 
-#include "quenwick/platform/Text.h"
-
 namespace quenwick::bench {
 
 CurlEvents::CurlEvents(const platform::URLSessionConfiguration& configuration,
                        const platform::URLRequest& request, std::size_t atOnce)
     : issuers_(configuration.additionalTrustAnchors),
       connectTo_(connectToList(configuration)),
+      headers_(headerList(request)),
       multi_(curl_multi_init()),
       posts_(atOnce) {
   curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, 6L);
-  for (const auto& [name, value] : request.headerFields) {
-    if (platform::equalsIgnoringCase(name, "Accept-Encoding")) continue;
-    auto line = name;
-    line.append(": ").append(value);
-    headers_.add(line);
-  }
-  headers_.add("Expect:");
   for (auto& post : posts_) post.easy = made(request, post);
 }
 
 CURL* CurlEvents::made(const platform::URLRequest& request, Post& post) {
   auto* easy = curl_easy_init();
   curl_blob issuers{issuers_.data(), issuers_.size(), CURL_BLOB_NOCOPY};
-  curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+  prepare(easy, request, connectTo_, headers_, post.answer);
   curl_easy_setopt(easy, CURLOPT_CAINFO_BLOB, &issuers);
-  curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
-  curl_easy_setopt(easy, CURLOPT_CONNECT_TO, connectTo_.get());
-  curl_easy_setopt(easy, CURLOPT_URL, request.url->absoluteString().c_str());
-  curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "br, gzip, deflate");
-  curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.get());
-  curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &appendBody);
-  curl_easy_setopt(easy, CURLOPT_WRITEDATA, &post.answer);
   curl_easy_setopt(easy, CURLOPT_PRIVATE, &post);
   return easy;
 }

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "quenwick/platform/URLRequest.h"
 #include "quenwick/platform/URLSession.h"
 
 namespace quenwick::bench {
@@ -28,7 +29,13 @@ class CurlList {
 /// Where the session's connections go instead.
 CurlList connectToList(const platform::URLSessionConfiguration& configuration);
 
-/// Takes a body, into the `std::string` at `text`.
-std::size_t appendBody(char* bytes, std::size_t one, std::size_t count, void* text);
+/// The request's own headers, but for Accept-Encoding, which curl is told by an option.
+CurlList headerList(const platform::URLRequest& request);
+
+/// Has the handle send what all of these requests share, over the session's TLS version and
+/// connections but without its trust; the body of the answer comes into `answer`. The lists must
+/// live as long as the handle.
+void prepare(CURL* easy, const platform::URLRequest& request, const CurlList& connectTo,
+             const CurlList& headers, std::string& answer);
 
 }  // namespace quenwick::bench

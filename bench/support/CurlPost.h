@@ -23,8 +23,6 @@ class CurlPost {
   const std::string& send();
 
  private:
-  void set(const platform::URLRequest& request);
-
   std::string issuers_;
   std::string body_;
   std::string answer_;

@@ -4,11 +4,11 @@
 #include <chrono>
 #include <string>
 
-#include "bench/support/DiscardingLog.h"
 #include "quenwick/API/APIService/APIService.h"
 #include "quenwick/auth/AuthenticationKeychain.h"
 #include "quenwick/auth/SecureSessionData.h"
 #include "quenwick/platform/HostConfiguration.h"
+#include "tests/support/SilentLog.h"
 
 namespace quenwick::bench {
 namespace {
@@ -31,7 +31,7 @@ EventHost::Prepared::Prepared(const tests::TemporaryDirectory& home,
                               platform::SecItemBackendKind secrets) {
   platform::configureHost(
       {.bundleIdentifier = "com.example.bench", .home = home.path(), .keychain = secrets});
-  platform::setLogSink(std::make_shared<DiscardingLog>());
+  tests::SilentLog::install();
   AuthenticationKeychain::standard().set(kCredential,
                                          rawValue(SecureSessionData::behaviorAPIToken));
   APIService::setShared(std::make_shared<APIService>(APIService::Host::production(), basis));
