@@ -5,11 +5,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <string>
 #include <string_view>
-
-#include "quenwick/platform/LogSink.h"
 
 /// What libFuzzer, or the program that reads a corpus, calls with each input.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -42,17 +39,6 @@ class Input {
 
  private:
   std::string_view rest_;
-};
-
-/// Lets every line be made and written nowhere.
-class SilentLog : public platform::LogSink {
- public:
-  static bool install() {
-    platform::setLogSink(std::make_shared<SilentLog>());
-    return true;
-  }
-  bool isEnabled(platform::LogLevel) const override { return true; }
-  void write(const platform::LogEntry&) override {}
 };
 
 }  // namespace quenwick::fuzz

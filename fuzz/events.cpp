@@ -2,7 +2,6 @@
 // JSON. In its texts "<nan>" stands for a number that is none, "<inf>" for an infinite one,
 // "<bytes>" for bytes that are no text.
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -14,6 +13,7 @@
 #include "quenwick/API/Models/TrackContainer.h"
 #include "quenwick/events/Footprint.h"
 #include "quenwick/platform/JSONSerialization.h"
+#include "tests/support/SilentLog.h"
 
 namespace quenwick::fuzz {
 namespace {
@@ -172,7 +172,7 @@ void check(std::string_view head, const Dictionary& given) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace quenwick;
-  [[maybe_unused]] static const bool isSilent = fuzz::SilentLog::install();
+  [[maybe_unused]] static const bool isSilent = tests::SilentLog::install();
   fuzz::Input input(data, size);
   const auto name = input.line();
   try {

@@ -9,6 +9,7 @@
 #include "quenwick/platform/Error.h"
 #include "quenwick/platform/RegularExpression.h"
 #include "quenwick/platform/URLComponents.h"
+#include "tests/support/SilentLog.h"
 
 namespace quenwick::fuzz {
 namespace {
@@ -106,7 +107,7 @@ void checkPattern(std::string_view text, std::string_view pattern) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace quenwick;
-  [[maybe_unused]] static const bool isSilent = fuzz::SilentLog::install();
+  [[maybe_unused]] static const bool isSilent = tests::SilentLog::install();
   fuzz::Input input(data, size);
   const auto link = input.line();
   if (auto url = platform::URL::parse(std::string(link))) {

@@ -9,6 +9,7 @@
 #include "quenwick/platform/Text.h"
 #include "quenwick/platform/URLComponents.h"
 #include "quenwick/ui/WebViewController.h"
+#include "tests/support/SilentLog.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tests/ui/RecordingToolkit.h"
 
@@ -45,10 +46,9 @@ Record outcomeOfTap(const Case& each) {
   const auto& url = each.action.url;
   auto scheme = platform::lowercased(url.scheme());
   bool isWeb = scheme == "http" || scheme == "https";
-  bool staysInBrowser = each.asInAppBrowser && !each.action.opensNewWindow;
   bool isInFrame = !each.asInAppBrowser && carries(url, "inFrame");
   bool isForBrowser = isWeb && !each.asInAppBrowser && !isInFrame && carries(url, "inAppBrowser");
-  bool isInside = isWeb && (staysInBrowser || isInFrame);
+  bool isInside = isWeb && (each.asInAppBrowser || isInFrame);
 
   Record record{isInside ? "allow" : "cancel"};
   if (!isWeb) record.push_back("open " + url.absoluteString());
@@ -142,7 +142,7 @@ void setUp() {
   static tests::TemporaryDirectory home;
   platform::configureHost(
       {.bundleIdentifier = "com.example.fuzz", .bundleVersion = "1", .home = home.path()});
-  SilentLog::install();
+  tests::SilentLog::install();
 }
 
 }  // namespace

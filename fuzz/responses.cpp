@@ -1,6 +1,5 @@
 // A status, and the body of the answer behind it.
 
-#include <algorithm>
 #include <charconv>
 #include <map>
 #include <vector>
@@ -14,6 +13,7 @@
 #include "quenwick/API/Stack/ResponseSteps.h"
 #include "quenwick/auth/AuthenticationTokenManager.h"
 #include "quenwick/platform/Text.h"
+#include "tests/support/SilentLog.h"
 
 namespace quenwick::fuzz {
 namespace {
@@ -146,7 +146,7 @@ void checkStatus(int status, const std::string& body, const std::optional<Value>
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace quenwick;
-  [[maybe_unused]] static const bool isSilent = fuzz::SilentLog::install();
+  [[maybe_unused]] static const bool isSilent = tests::SilentLog::install();
   fuzz::Input input(data, size);
   const auto line = input.line();
   int status = 0;
