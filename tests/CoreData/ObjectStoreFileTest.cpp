@@ -115,6 +115,16 @@ TEST_F(ObjectStoreFileTest, AFileDamagedWhileInUseIsSetAsideByTheFirstToNotice) 
   EXPECT_EQ(filesSetAside(), 1);
 }
 
+TEST_F(ObjectStoreFileTest, AFileThatTookTheOldOnesPlaceIsTheOneThatIsWritten) {
+  auto container = open();
+  save(*container, {"before"});
+  for (auto companion : {"", "-wal", "-shm"}) {
+    std::filesystem::rename(file().string() + companion, file().string() + ".aside" + companion);
+  }
+  save(*container, {"after"});
+  EXPECT_EQ(saved(*open()), Texts{"after"});
+}
+
 TEST_F(ObjectStoreFileTest, AStoreThatCannotBeOpenedReportsItAndIsTriedAgain) {
   auto obstacle = directory_.path() / "obstacle";
   std::ofstream(obstacle) << "a file where a folder is needed";

@@ -35,18 +35,21 @@ TEST_F(StoredTest, ADefaultHoldsUntilAValueIsAssignedAlsoAfterARestart) {
 TEST_F(StoredTest, ChangesAreStreamedAfterTheyAreSaved) {
   auto& defaults = open();
   StoredOptional<std::string> text("text", defaults);
-  std::vector<std::optional<std::string>> seen;
-  std::vector<std::optional<std::string>> saved;
-  auto subscription = text.projectedValue().subscribe([&](const auto& value) {
-    seen.push_back(value);
-    saved.push_back(text.wrappedValue());
-  });
+  using Text = std::optional<std::string>;
+  std::vector<std::pair<Text, Text>> texts;  // what was sent, and what was saved by then
+  auto first = text.projectedValue().subscribe(
+      [&](const auto& value) { texts.emplace_back(value, text.wrappedValue()); });
   text.setWrappedValue("a");
   text.setWrappedValue("refused: not UTF-8 \xff");
   text.setWrappedValue(std::nullopt);
-  EXPECT_EQ(seen, (std::vector<std::optional<std::string>>{std::nullopt, "a", std::nullopt}));
-  EXPECT_EQ(saved, seen);
+  EXPECT_EQ(texts, (std::vector<std::pair<Text, Text>>{{}, {"a", "a"}, {}}));
   EXPECT_EQ(defaults.object("text"), std::nullopt);
+  Stored<bool> flag(true, "flag", defaults);
+  std::vector<std::pair<bool, bool>> flags;
+  auto second = flag.projectedValue().subscribe(
+      [&](bool value) { flags.emplace_back(value, flag.wrappedValue()); });
+  flag.setWrappedValue(false);
+  EXPECT_EQ(flags, (std::vector<std::pair<bool, bool>>{{true, true}, {false, false}}));
 }
 
 TEST_F(StoredTest, AValueOfAnotherKindReadsAsNone) {

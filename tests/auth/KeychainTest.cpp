@@ -91,6 +91,17 @@ TEST_P(KeychainTest, ServicesKeepTheirOwnValuesUnderTheSameKey) {
   EXPECT_EQ(keychain_.string("key"), "ours");
 }
 
+TEST_P(KeychainTest, AnItemsKeyIsItsAccountAndItsGenericAttribute) {
+  keychain_.set("value", "key");
+  auto query = tests::item("key", "com.example.keychain");
+  for (auto [generic, status] :
+       {std::pair("key", platform::errSecSuccess), {"other", platform::errSecItemNotFound}}) {
+    query.kSecAttrGeneric = generic;
+    std::optional<Bytes> result;
+    EXPECT_EQ(platform::SecItemCopyMatching(query, result), status) << generic;
+  }
+}
+
 TEST_P(KeychainTest, WhatIsNoTextIsNeitherStoredNorReadAsOne) {
   EXPECT_FALSE(keychain_.set(std::string_view("\xff"), "key"));
   EXPECT_FALSE(keychain_.set("value", "\xff"));
@@ -113,14 +124,20 @@ TEST_P(KeychainTest, TheAPIKeyIsOneOfTheLibrarysItems) {
   EXPECT_EQ(Auth::behaviorVerificationAPIToken(), std::nullopt);
 }
 
-TEST(SecureSessionData, ConvertsToItsKeyAndBack) {
-  for (int i = 0; i < 8; ++i) {
-    auto data = static_cast<SecureSessionData>(i);
-    EXPECT_EQ(secureSessionData(rawValue(data)), data);
+TEST(SecureSessionData, ConvertsToTheKeyThatEveryInstallHasItUnderAndBack) {
+  using enum SecureSessionData;
+  for (const auto& [data, key] :
+       {std::pair(accessToken, "com.quenwick.sdk.token.accessToken"),
+        {refreshToken, "com.quenwick.sdk.token.refreshToken"},
+        {expiresIn, "com.quenwick.sdk.token.expiresIn"},
+        {expiresAt, "com.quenwick.sdk.token.expiresAt"},
+        {behaviorVerificationAPIToken, "com.quenwick.sdk.behavior.verification.apiToken"},
+        {behaviorAPIEndpoint, "com.quenwick.sdk.behavior.endpoint"},
+        {behaviorAPIToken, "com.quenwick.sdk.behavior.apiToken"},
+        {behaviorAPITokenExpiresAt, "com.quenwick.sdk.behavior.apiTokenExpiresAt"}}) {
+    EXPECT_EQ(rawValue(data), key);
+    EXPECT_EQ(secureSessionData(key), data);
   }
-  EXPECT_EQ(rawValue(SecureSessionData::expiresAt), "com.quenwick.sdk.token.expiresAt");
-  EXPECT_EQ(rawValue(SecureSessionData::behaviorAPITokenExpiresAt),
-            "com.quenwick.sdk.behavior.apiTokenExpiresAt");
   EXPECT_EQ(secureSessionData("com.quenwick.sdk.token"), std::nullopt);
 }
 

@@ -1,6 +1,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "quenwick/state/Analytics.h"
 #include "tests/client/ClientHost.h"
 
 namespace quenwick::tests {
@@ -95,6 +96,16 @@ TEST_P(InfoPlistTest, SaysDomainsAndKey) {
 
 INSTANTIATE_TEST_SUITE_P(Each, InfoPlistTest, testing::ValuesIn(kCases),
                          [](const auto& each) { return each.param.name; });
+
+TEST_F(InfoPlistTest, AnApplicationThatDoesNotSayWhoItIsIsUnknown) {
+  auto own = configuration();
+  own.bundleIdentifier.reset();
+  own.bundleVersion.reset();
+  ASSERT_TRUE(configure(own));
+  auto datapoints = Analytics::shared().datapoints();
+  EXPECT_EQ(datapoints["bundle_identifier"], "unknown");
+  EXPECT_EQ(datapoints["app_version_number"], "0.0.0");
+}
 
 TEST_F(InfoPlistTest, AFolderInItsPlaceIsOneLine) {
   configureWith(home_.path());

@@ -3,7 +3,9 @@
 #include "quenwick/platform/Pasteboard.h"
 #include "quenwick/platform/System.h"
 #include "quenwick/state/Analytics.h"
+#include "quenwick/ui/WebViewController.h"
 #include "tests/client/ClientHost.h"
+#include "tests/ui/RecordingToolkit.h"
 
 namespace quenwick::tests {
 namespace {
@@ -53,7 +55,10 @@ TEST_F(LinkIntakeTest, ALinkIsTheApplicationsByDomainAndShapeOrPattern) {
   QWClient::addHandleablePaths({{"l.example", {"/autumn/"}}});
   EXPECT_FALSE(QWClient::canHandleURL("https://l.example/spring/sale")) << "the list was replaced";
   EXPECT_TRUE(QWClient::canHandleURL("https://l.example/autumn/sale"));
+  EXPECT_EQ(QWClient::handleablePaths().size(), 2U);
   QWClient::removeHandleablePaths("l.example");
+  EXPECT_EQ(QWClient::handleablePaths(),
+            (std::map<std::string, Texts>{{"stranger.example", {"."}}}));
   EXPECT_FALSE(QWClient::canHandleURL("https://l.example/autumn/sale"));
   QWClient::clearHandleablePaths();
   EXPECT_TRUE(QWClient::handleablePaths().empty());
@@ -84,14 +89,15 @@ TEST_F(LinkIntakeTest, ALinkBeforeStartIsKeptAndTheLogSaysThatNobodyWasTold) {
 
 TEST_F(LinkIntakeTest, OutcomesReachBothHandlersOnTheMainActor) {
   Collected<std::pair<std::optional<std::string>, int>> compatible;
-  QWClient::start({.deeplinkDomains = {"l.example"},
-                   .shouldRegisterForBehaviorEvents = false,
-                   .deeplinkHandler = collect()});
   QWClient::startWithResult({.apiKey = "key", .result = [&](const auto& link, const auto& error) {
+                               EXPECT_EQ(QWClient::storedDeeplink(), kDestination) << "already";
                                compatible.add({link, error ? error->code() : 0});
                                EXPECT_TRUE(!error || error->domain() == "com.quenwick.error");
                              }});
-  EXPECT_TRUE(QWClient::handleUniversalLink(kLink));
+  QWClient::start({.deeplinkDomains = {"l.example"},
+                   .launchOptions = {{UIApplicationLaunchOptionsURLKey, kLink}},
+                   .shouldRegisterForBehaviorEvents = false,
+                   .deeplinkHandler = collect()});
   EXPECT_EQ(results_.wait(1), Texts{kDestination});
   EXPECT_TRUE(QWClient::handleUniversalLink("https://l.example/p/go/2"));
   EXPECT_EQ(results_.wait(2).back(), "no such offer");
@@ -183,6 +189,27 @@ TEST_F(LinkIntakeTest, TheFirstLaunchIsKnownAsOneBeforeAnyOtherCall) {
   QWClient::checkPasteboardOnInstall([&](const auto& link) { looked.add(link); });
   EXPECT_EQ(looked.wait(1), std::vector<std::optional<std::string>>{kLink});
   platform::Pasteboard::setGeneral(nullptr);
+}
+
+TEST_F(LinkIntakeTest, ViewsAreShownAsTheyWereAskedForAndReportTheirButtons) {
+  auto toolkit = RecordingToolkit::install();
+  toolkit->addWindow("main", true);
+  Texts buttons;
+  auto report = [&](const std::string& buttonID) { buttons.push_back(buttonID); };
+  QWClient::showInAppMessage("https://shop.example/messages/spring", true, report);
+  QWClient::showInAppBrowser("https://shop.example/pages/care", report);
+  toolkit->run();
+  ASSERT_EQ(toolkit->presented.size(), 2U);
+  for (bool isBrowser : {false, true}) {
+    auto& shown = dynamic_cast<WebViewController&>(*toolkit->presented.at(isBrowser));
+    EXPECT_EQ(shown.asInAppBrowser, isBrowser);
+    EXPECT_EQ(shown.hideCloseButton, !isBrowser);
+    auto tapped = URL::parse(isBrowser ? "https://h/?buttonID=2" : "https://h/?inFrame&buttonID=1");
+    shown.webView(shown.webView(), {*tapped, true}, [](platform::NavigationPolicy) {});
+  }
+  toolkit->run();
+  EXPECT_EQ(buttons, (Texts{"1", "2"}));
+  platform::Application::setShared(nullptr);
 }
 
 TEST_F(LinkIntakeTest, ViewsWithoutAWindowToolkitAreOneLineEach) {

@@ -84,9 +84,11 @@ TEST_F(ShutdownTest, EveryCallAfterItIsRefusedWithALine) {
   EXPECT_FALSE(QWClient::handleUniversalLink(UISceneConnectionOptions{}));
   QWClient::setShared(std::make_shared<QWClient>());
   EXPECT_FALSE(QWClient::flush(1s));
+  auto late = QWClient::resolve(kLink).get();
+  EXPECT_TRUE(std::holds_alternative<DeeplinkResolutionError>(late));
   auto lines = testing::internal::GetCapturedStderr();
   EXPECT_EQ(QWClient::shared(), client);
-  EXPECT_EQ(std::ranges::count(lines, '\n'), 7) << lines;
+  EXPECT_EQ(std::ranges::count(lines, '\n'), 8) << lines;
 }
 
 TEST_F(ShutdownTest, DurationsWithoutAnEndAreNoFault) {

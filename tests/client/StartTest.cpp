@@ -131,10 +131,22 @@ TEST_F(StartTest, ARegistrationThatIsCancelledEnablesNothingThoughItsAnswerIsAtH
 TEST_F(StartTest, TheConfigurationIsTakenBeforeTheFirstUseAlone) {
   EXPECT_FALSE(configure({.serviceURL = "nowhere"}));
   EXPECT_FALSE(configure({.trustAnchors = "no certificate"}));
-  EXPECT_EQ(logged("error: The configuration was refused: "), 2);
+  EXPECT_FALSE(configure({.home = ""}));
+  EXPECT_EQ(logged("error: The configuration was refused: "), 3);
   QWClient::qwU();
   EXPECT_FALSE(configure({.bundleIdentifier = "com.example.late"}));
   EXPECT_EQ(logged("refused: the library is in use already"), 1);
+}
+
+TEST_F(StartTest, ARelativeHomeStaysWhereItWasThoughTheProcessMoves) {
+  auto elsewhere = std::filesystem::current_path();
+  std::filesystem::current_path(home_.path());
+  auto moving = configuration();
+  moving.home = "state";
+  EXPECT_TRUE(configure(moving));
+  std::filesystem::current_path(elsewhere);
+  QWClient::setQWU("host");
+  EXPECT_TRUE(std::filesystem::exists(home_.path() / "state" / "com.example.shop"));
 }
 
 TEST_F(StartTest, AHandlersExceptionEndsInOneLineAndTheNextIsCalled) {

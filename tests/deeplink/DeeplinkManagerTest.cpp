@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <future>
 #include <thread>
 
@@ -49,14 +50,17 @@ class DeeplinkManagerTest : public testing::Test {
     return platform::wait(DeeplinkManager(URL::parse(link).value(), session()).resolve())
         .absoluteString();
   }
-  DeeplinkResolutionError failure(const char* link) {
+  static DeeplinkResolutionError failureOf(const std::function<void()>& resolution) {
     try {
-      resolve(link);
+      resolution();
     } catch (const DeeplinkResolutionError& error) {
       return error;
     }
-    ADD_FAILURE() << link << " resolved";
+    ADD_FAILURE() << "it resolved";
     return DeeplinkResolutionError::unknown();
+  }
+  DeeplinkResolutionError failure(const char* link) {
+    return failureOf([&] { resolve(link); });
   }
   Analytics& analytics() { return Analytics::shared(); }
 
@@ -142,18 +146,25 @@ TEST_F(DeeplinkManagerTest, AnAnswerWithoutURLOrHTTPIsUnknown) {
   for (std::shared_ptr<platform::URLResponse> response :
        {std::shared_ptr<platform::URLResponse>(http), std::make_shared<platform::URLResponse>()}) {
     log_ = tests::RecordingLog::install();
-    try {
-      DeeplinkManager::destination({"", response}, link);
-      ADD_FAILURE();
-    } catch (const DeeplinkResolutionError& error) {
-      EXPECT_EQ(error.nsError().code(), -2);
-      EXPECT_EQ(error.nsError().userInfo(),
-                (platform::UserInfo{
-                    {std::string(platform::NSLocalizedFailureReasonErrorKey), "unknown"}}));
-    }
+    auto error = failureOf([&] { DeeplinkManager::destination({"", response}, link); }).nsError();
+    EXPECT_EQ(error.code(), -2);
+    EXPECT_EQ(
+        error.userInfo(),
+        (platform::UserInfo{{std::string(platform::NSLocalizedFailureReasonErrorKey), "unknown"}}));
     EXPECT_EQ(log_->lines(), (Lines{"debug: Could not resolve deeplink",
                                     "debug: Deeplink Resolution did not contain a URL"}));
   }
+}
+
+TEST_F(DeeplinkManagerTest, AnErrorWhoseFailingTextIsNoURLIsAFailureOfTheLink) {
+  platform::PlatformError error(
+      "d", 1, "no route", {{std::string(platform::NSURLErrorFailingURLStringErrorKey), "a b"}});
+  auto link = URL::parse("https://l.example/x").value();
+  EXPECT_EQ(std::get<DeeplinkResolutionError::Failure>(
+                failureOf([&] { DeeplinkManager::destination(error, link); }).value()),
+            (DeeplinkResolutionError::Failure{"https://l.example/x", "no route"}));
+  EXPECT_EQ(log_->lines(), (Lines{"debug: An error occurred while attempting to resolve a Deeplink",
+                                  "error: no route"}));
 }
 
 platform::Task<void> expectCancelled(DeeplinkManager manager, std::stop_token stop,

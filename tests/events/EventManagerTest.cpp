@@ -163,6 +163,10 @@ TEST_F(EventManagerTest, ASuccessIsOneLineAndAnIdentifiedUserIsNone) {
   manager_->identifyUser("bob");
   ASSERT_TRUE(flush());
   EXPECT_EQ(lines(), Lines{"default: Event: product_added Status: Success"});
+  startWith([](tests::Sender, Dictionary) -> tests::Sending { co_return {"accepted", "1"}; });
+  manager_->sendEvent({{"event", 7}});
+  ASSERT_TRUE(flush());
+  EXPECT_EQ(lines().back(), "default: Event:  Status: Success") << "its name is no text";
 }
 
 TEST_F(EventManagerTest, WhatIsUnsoundIsRefusedInTheOrderOfTheCalls) {
@@ -377,7 +381,7 @@ TEST_F(EventManagerTest, OnceItAllHasEndedNothingThatWaitsIsSent) {
   log_->letGo();
   scheduler_->advance(std::chrono::seconds(1));
   ASSERT_TRUE(flush());
-  EXPECT_EQ(count(EventState::droppedManagerGone), 2U);
+  EXPECT_EQ(count(EventState::droppedAtEnd), 2U);
   EXPECT_TRUE(service_.receivedPaths().empty());
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/Program.h"
+#include "tests/support/SandboxService.h"
 
 namespace quenwick::tests {
 namespace {
@@ -43,6 +44,24 @@ TEST(Demo, FailsWhereSomethingDidNotArriveOrWasRefused) {
     EXPECT_EQ(finished.exitCode, 1) << finished.output << finished.errors;
     EXPECT_EQ(count(finished.output, row), 1U) << finished.output;
   }
+}
+
+TEST(Shop, SaysWhyALinkLeadsNowhere) {
+  SandboxService service(R"({"answers": [{"at": "https://links.shop.example/p/go/1",
+    "status": 410, "body": "This offer\nis over\u001b."}]})");
+  auto certificate = service.sandbox().certificateAuthority().string();
+  TemporaryDirectory home;
+  auto finished =
+      runProgram({SHOP, "--authority", certificate, "--home", home.path().string(), "--service",
+                  "https://links.shop.example", "--port", std::to_string(service.sandbox().port()),
+                  "https://links.shop.example/p/go/1"});
+  EXPECT_EQ(finished.exitCode, 1);
+  EXPECT_NE(finished.output.find("  nowhere      This offer is over .\n"), std::string::npos)
+      << finished.output << finished.errors;
+
+  auto help = runProgram({SHOP, "--help"});
+  EXPECT_EQ(help.exitCode, 0);
+  EXPECT_TRUE(help.output.starts_with("usage: shop ")) << help.errors;
 }
 
 TEST(CoreLibrary, NeedsNoWindowToolkit) {

@@ -7,12 +7,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <clocale>
 #include <csignal>
 #include <fstream>
 #include <map>
 
 #include "quenwick/platform/JSONSerialization.h"
+#include "quenwick/platform/LogSink.h"
+#include "quenwick/platform/StandardStreams.h"
 #include "quenwick/platform/URLSession.h"
 #include "quenwick/platform/UserDefaults.h"
 #include "quenwick/platform/Writer.h"
@@ -91,6 +94,29 @@ TEST_F(GuestTest, RaisesNoSignalAndHandlesNone) {
     sigaction(signal, nullptr, &action);
     EXPECT_EQ(action.sa_handler, handler) << signal;
   }
+}
+
+// A program whose output goes to another one that has ended: its log is lost, and nothing else.
+TEST_F(GuestTest, ALogThatNobodyReadsRaisesNoSignal) {
+  std::array<int, 2> pipe{};
+  ASSERT_EQ(::pipe(pipe.data()), 0);
+  ::close(pipe[0]);
+  int output = ::dup(STDOUT_FILENO);
+  int errors = ::dup(STDERR_FILENO);
+  std::fflush(stdout);
+  ::dup2(pipe[1], STDOUT_FILENO);
+  ::dup2(pipe[1], STDERR_FILENO);
+  logPlatformError("nobody reads this");  // a SIGPIPE would end this process here
+  printLine("nor this");
+  std::clearerr(stdout);
+  ::dup2(output, STDOUT_FILENO);
+  ::dup2(errors, STDERR_FILENO);
+  for (int each : {pipe[1], output, errors}) ::close(each);
+  sigset_t left{};
+  sigpending(&left);
+  EXPECT_FALSE(sigismember(&left, SIGPIPE));
+  pthread_sigmask(SIG_BLOCK, nullptr, &left);
+  EXPECT_FALSE(sigismember(&left, SIGPIPE)) << "still blocked";
 }
 
 TEST_F(GuestTest, ItsThreadsAreNamedAndBlockEverySignal) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace quenwick::platform {
 namespace {
 
@@ -38,6 +40,21 @@ TEST(RegularExpression, TextsMadeToDefeatBacktrackingFindNothing) {
   while (link.size() < 1'000'000) link += "/p/rp/";
   EXPECT_FALSE(RegularExpression::compile("/p/rpm?/.+/url").isFound(link));
   EXPECT_TRUE(ranges("(x+x+)+y", std::string(10'000, 'x')).empty());
+}
+
+/// The last code of a host on a thread: what it destroys there after all that the library keeps.
+struct LastOfThread {
+  bool* isFound;
+  ~LastOfThread() { *isFound = RegularExpression::compile("a").isFound("a"); }
+};
+
+TEST(RegularExpression, SearchesUntilTheVeryEndOfAThread) {
+  bool isFound = false;
+  std::thread([&isFound] {
+    static thread_local LastOfThread last{&isFound};
+    EXPECT_FALSE(RegularExpression::compile("a").isFound(last.isFound ? "b" : ""));
+  }).join();
+  EXPECT_TRUE(isFound);
 }
 
 TEST(RegularExpression, BytesThatAreNoTextAreSearchedAllTheSame) {

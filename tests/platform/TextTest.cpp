@@ -39,6 +39,8 @@ TEST(Text, SecretsAreHiddenInEverySpellingOfJSON) {
   EXPECT_EQ(redacted("abab", secrets, 100), "……");
   EXPECT_EQ(redacted("xab", secrets, 3), "x") << "neither the mark nor the secret is cut in two";
   EXPECT_EQ(redacted("xüy", secrets, 2), "x");
+  EXPECT_EQ(shown("xüy", 2), "x");
+  EXPECT_EQ(shown("x\x80\x80\x80\x80\x80", 5), "x\\x80\\x80\\x80\\x80") << "what is no character";
 }
 
 TEST(Text, UTF8IsCheckedBeyondAZeroByte) {
@@ -46,6 +48,14 @@ TEST(Text, UTF8IsCheckedBeyondAZeroByte) {
   EXPECT_FALSE(isUTF8("ü\0\xff"s));
   EXPECT_FALSE(isUTF8("\xed\xa0\x80")) << "a surrogate";
   EXPECT_FALSE(isUTF8("\xc0\xaf")) << "overlong";
+}
+
+TEST(Text, WhatIsNoUTF8BecomesAReplacementCharacterAndTheRestStays) {
+  for (const auto& [given, made] : {std::pair("a\0b"s, "a\0b"s),
+                                    {"\xff\0ü\xe2\x82\0"s, "\ufffd\0ü\ufffd\ufffd\0"s},
+                                    {"", ""}}) {
+    EXPECT_EQ(madeUTF8(given), made);
+  }
 }
 
 TEST(Text, NumbersReadBackAsTheyWere) {

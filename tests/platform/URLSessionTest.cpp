@@ -1,9 +1,6 @@
 #include "quenwick/platform/URLSession.h"
 
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <future>
@@ -11,6 +8,7 @@
 #include <thread>
 
 #include "tests/support/SandboxService.h"
+#include "tests/support/SayingServer.h"
 
 namespace quenwick::platform {
 namespace {
@@ -26,7 +24,10 @@ constexpr auto kScenario = R"({
     {"link": "https://a.example/broken-bodies", "chain": [
        {"status": 302, "to": "/b1", "body": "half of this", "cut": "during"},
        {"status": 302, "to": "/b2", "body": "no gzip", "headers": {"Content-Encoding": "gzip"}},
-       {"status": 302, "to": "/b3", "repeatBody": 100000000}], "end": {"status": 200, "body": "there"}},
+       {"status": 302, "to": "/b3", "repeatBody": 100000000}],
+     "end": {"status": 200, "body": "there", "headers": {"X-Empty": ""}}},
+    {"link": "https://a.example/long-and-away", "chain": [
+       {"status": 302, "to": "https://wrong.example/", "repeatBody": 100000000}]},
     {"link": "https://a.example/away", "chain": [
        {"status": 307, "to": "/near"}, {"status": 307, "to": "https://b.example/far"},
        {"status": 307, "to": "https://a.example/back"}], "end": {"status": 200, "body": "back"}},
@@ -156,50 +157,10 @@ TEST_F(URLSessionTest, FailuresHaveTheirCodeAndTheURLThatFailed) {
   }
 }
 
-/// A server that answers each connection with the same bytes, whatever it is asked.
-class SayingServer {
- public:
-  explicit SayingServer(std::string answer) : answer_(std::move(answer)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    auto* any = reinterpret_cast<sockaddr*>(&address);
-    if (bind(listener_, any, size) != 0 || listen(listener_, 8) != 0) return;
-    getsockname(listener_, any, &size);
-    host_ = "://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/";
-    thread_ = std::thread([this] { serve(); });
-  }
-  ~SayingServer() {
-    shutdown(listener_, SHUT_RDWR);
-    if (thread_.joinable()) thread_.join();
-    close(listener_);
-  }
-  std::string url(const char* scheme) const { return scheme + host_; }
-
- private:
-  void serve() const {
-    for (;;) {
-      int connection = accept(listener_, nullptr, nullptr);
-      if (connection < 0) return;
-      char asked[4096];
-      if (read(connection, asked, sizeof asked) > 0) {
-        send(connection, answer_.data(), answer_.size(), MSG_NOSIGNAL);
-      }
-      close(connection);
-    }
-  }
-
-  std::string answer_;
-  std::string host_;
-  int listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  std::thread thread_;
-};
-
 TEST_F(URLSessionTest, AnAnswerThatIsNoHTTPAndNoTLSIsTheServersFault) {
   for (const auto* answer :
        {"SSH-2.0-none of ours\r\n", "HTTP/7.1 200 OK\r\n\r\nbody", "HTTP/1.1 many OK\r\n\r\n"}) {
-    SayingServer server(answer);
+    tests::SayingServer server(answer);
     for (auto [url, code] :
          {std::pair(server.url("http"), URLErrorCode::cannotParseResponse),
           std::pair(server.url("https"), URLErrorCode::secureConnectionFailed)}) {
@@ -227,7 +188,12 @@ TEST_F(URLSessionTest, WhatDoesSomethingIsSentOnceThoughAKeptConnectionEnds) {
 
 TEST_F(URLSessionTest, ARedirectIsFollowedWhateverBecomesOfItsBody) {
   auto session = URLSession::make(service_.configuration());
-  EXPECT_EQ(wait(session->data(request("https://a.example/broken-bodies"))).data, "there");
+  auto there = wait(session->data(request("https://a.example/broken-bodies")));
+  EXPECT_EQ(there.data, "there");
+  const auto& response = dynamic_cast<const HTTPURLResponse&>(*there.response);
+  EXPECT_EQ(*headerField(response.headerFields, "X-Empty"), "");
+  EXPECT_EQ(failure("https://a.example/long-and-away"),
+            (Failure{URLErrorCode::serverCertificateUntrusted, "https://wrong.example/"}));
 }
 
 struct Throwing : URLSessionTaskDelegate {

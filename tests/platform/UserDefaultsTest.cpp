@@ -2,7 +2,9 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -105,10 +107,41 @@ TEST_F(UserDefaultsTest, ADamagedFileIsSetAsideOnceAndWhatIsInMemoryIsKept) {
   ASSERT_EQ(broken.exitCode, 0) << broken.errors;
   defaults.setObject(2.5, "other");
   defaults.synchronize();
-  defaults.synchronize();  // the new file is written behind what was waiting
   EXPECT_EQ(log->count("set aside"), 2);
   EXPECT_EQ(open().object("key"), DefaultsValue(1.5));
   EXPECT_EQ(open().object("other"), DefaultsValue(2.5));
+}
+
+// Another process has found damage and begun anew, or the person has put the folder elsewhere.
+TEST_F(UserDefaultsTest, AFileThatTookTheOldOnesPlaceIsTheOneThatIsWritten) {
+  auto& ours = open();
+  ours.setObject(1.5, "key");
+  ours.synchronize();
+  for (auto companion : {"", "-wal", "-shm"}) {
+    std::filesystem::rename(file_.string() + companion, file_.string() + ".aside" + companion);
+  }
+  auto& theirs = open();
+  theirs.setObject(2.5, "theirs");
+  theirs.synchronize();
+  ours.setObject(3.5, "later");
+  ours.synchronize();
+  EXPECT_EQ(open().object("later"), DefaultsValue(3.5));
+  EXPECT_TRUE(becomes(theirs, "key", 1.5)) << "the first process still knew it";
+  EXPECT_TRUE(becomes(ours, "theirs", 2.5));
+}
+
+TEST_F(UserDefaultsTest, AProcessThatStoppedWhileItWroteHoldsUpNobodyForGood) {
+  auto log = tests::RecordingLog::install();
+  auto& defaults = open();
+  int stopped = ::open((file_.string() + ".generation").c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(::flock(stopped, LOCK_EX), 0);
+  defaults.setObject(1.5, "key");
+  for (int i = 0; i < 6000 && log->lines().empty(); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  EXPECT_EQ(log->count("error: A setting cannot be written: "), 1);
+  ::close(stopped);
+  EXPECT_TRUE(becomes(open(), "key", 1.5)) << "tried again by itself";
 }
 
 TEST_F(UserDefaultsTest, WithoutAPlaceToWriteValuesLiveInMemoryAndOneLineSaysSo) {

@@ -132,7 +132,9 @@ TEST_F(SandboxTest, AnswersAreSentAsTheScenarioSpellsThem) {
       {"-X POST http://h/headers", "b"},
       {"-d body -w ' %{http_code}' http://h/headers", "b 418"},
       {"-X DELETE http://h/headers", "b"},
-      {"-I -o /dev/null -w '%{http_code} %header{content-length}' http://h/headers", "418 1"},
+      {"-I -o /dev/null -w '%{http_code} %header{content-length}%header{accept-ranges}' "
+       "http://h/headers",
+       "418 1"},
       {"-w '%{http_code} %header{location}' http://h/nowhere", "302 "},
       {"-w ' %{content_type}' http://h/json", "{\"data\":[1,\"\xC3\xA9\"]} application/json"},
       {"http://h/bytes", std::string("\0\xFF\x80\x01", 4)},

@@ -100,6 +100,7 @@ TEST_F(AnalyticsTest, TheHostsLinkUserValueStandsBeforeThatOfALink) {
   EXPECT_EQ(analytics_.qwu(), "link");
   analytics_.setQWU("host");
   EXPECT_EQ(analytics_.qwu(), "host");
+  EXPECT_EQ(defaults_.object("com.quenwick.sdk.qwu"), platform::DefaultsValue("host"));
   EXPECT_EQ(analytics_.qwuDeeplink(), "link");
   analytics_.setQWU(std::nullopt);
   EXPECT_EQ(analytics_.qwu(), "link");

@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <thread>
 #include <variant>
 
 #include "quenwick/client/QWClient.h"
@@ -55,6 +56,16 @@ bool isAllWell(const char* apiKey) {
          std::holds_alternative<std::string>(resolution.get()) && QWClient::flush(20s);
 }
 
+/// A keyring that a busy machine keeps from answering within its second is away for that while.
+bool isSoonWell(const char* apiKey) {
+  auto end = std::chrono::steady_clock::now() + 60s;
+  while (!isAllWell(apiKey)) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::sleep_for(100ms);
+  }
+  return true;
+}
+
 }  // namespace
 
 int main(int count, char** words) {
@@ -65,7 +76,7 @@ int main(int count, char** words) {
     QWClient::start({.apiKey = apiKey, .deeplinkDomains = {"l.example"}});
     useEverything(apiKey);
     allowDescriptors(200);
-    if (!isAllWell(apiKey)) return 1;
+    if (!isSoonWell(apiKey)) return 1;
   }
   return 0;
 }

@@ -76,7 +76,7 @@ TEST(NavigationRules, AWindowOfItsOwnIsNeverMade) {
     NavigationDecision decision;
   };
   for (const auto& [mode, text, isTapped, decision] : {
-           Case{kBrowser, "https://h/?buttonID=b", true, {Action::openOutside, "b"}},
+           Case{kBrowser, "https://h/?buttonID=b", true, {Action::loadInside, "b"}},
            Case{kMessage, "https://h/?inFrame", true, {Action::loadInside}},
            Case{kMessage, "https://h/?inAppBrowser", true, {Action::openInAppBrowser}},
            Case{kBrowser, "https://h/?buttonID=b", false, {Action::refuse}},

@@ -185,20 +185,5 @@ TEST(WebViewController, CannotBeMadeFromAnArchive) {
             "init(coder:) has not been implemented");
 }
 
-TEST(Pasteboard, OnlyALinkOfTheWebIsAProbableOne) {
-  using Text = std::optional<std::string>;
-  for (auto [text, found] : {std::pair(" \thttps://h/p?x\r\n", Text("https://h/p?x")),
-                             {"HTTP://h", Text("HTTP://h")},
-                             {"https:///p", Text()},
-                             {"shopapp://h", Text()},
-                             {"see https://h", Text()},
-                             {"h.example/p", Text()},
-                             {" ", Text()},
-                             {"", Text()}}) {
-    auto probable = platform::probableWebURL(text);
-    EXPECT_EQ(probable ? Text(probable->absoluteString()) : Text(), found) << text;
-  }
-}
-
 }  // namespace
 }  // namespace quenwick

@@ -141,12 +141,10 @@ platform::Task<void> paste() {
   auto hasStrings = co_await pasteboard->hasStrings();
   auto url = co_await pasteboard->url();
   auto text = co_await pasteboard->string();
-  auto probable = co_await pasteboard->probableWebURL();
   say({{"hasURLs", hasURLs},
        {"hasStrings", hasStrings},
        {"url", url ? platform::Value(url->absoluteString()) : platform::Value()},
-       {"string", text ? platform::Value(*text) : platform::Value()},
-       {"probable", probable ? platform::Value(probable->absoluteString()) : platform::Value()}});
+       {"string", text ? platform::Value(*text) : platform::Value()}});
 }
 
 void copy(const std::string& mimeType, const std::string& content) {

@@ -189,6 +189,10 @@ TEST_F(RecordsTest, TextsAndMetaAreMovedAllTheWay) {
   auto moved = std::move(*product).asDictionary();
   EXPECT_EQ(places(*moved), before);
   EXPECT_EQ(kept, moved);
+
+  const OrderCompletedProduct line{.id = "42", .quantity = 2};
+  EXPECT_EQ(JSONSerialization::text(*line.asDictionary()), R"({"id":"42","quantity":2})");
+  EXPECT_EQ(OrderCompletedProduct(line).asDictionary(), line.asDictionary());
 }
 
 TEST_F(RecordsTest, LinesAreOfTheBehaviourCategory) {

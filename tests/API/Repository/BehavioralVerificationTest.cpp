@@ -292,6 +292,7 @@ TEST(APIServiceTest, FindsTheHandshakeWithItsHost) {
   const auto& configuration = source->requester()->manager()->session()->configuration();
   EXPECT_EQ(configuration.requestTimeout, 60);
   EXPECT_EQ(configuration.resourceTimeout, 60);
+  EXPECT_EQ(configuration.cachePolicy, platform::CachePolicy::useProtocolCachePolicy);
   EXPECT_EQ(source->requester()->authenticationTokenManager(), nullptr);
 
   platform::URLSessionConfiguration basis;

@@ -40,6 +40,7 @@ TEST_F(BehavioralEventRequesterTest, ASourceIsAnEndpointWithItsOwnRequester) {
   const auto& session = source->requester()->manager()->session()->configuration();
   EXPECT_EQ(session.requestTimeout, 60);
   EXPECT_EQ(session.resourceTimeout, 60);
+  EXPECT_EQ(session.cachePolicy, platform::CachePolicy::useProtocolCachePolicy);
 }
 
 TEST_F(BehavioralEventRequesterTest, AUserWhoIsNotKnownHasTheEmptyText) {

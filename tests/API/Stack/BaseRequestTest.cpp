@@ -80,6 +80,13 @@ TEST(EncodingTypeTest, PicksTheConfiguredEncoding) {
 }
 
 TEST(HTTPMethodTest, IsAnyTextAndTellsCaseApart) {
+  using M = HTTPMethod;
+  std::string named;
+  for (const auto& method :
+       {M::connect, M::delete_, M::get, M::head, M::options, M::patch, M::post, M::put, M::trace}) {
+    named += method.rawValue + " ";
+  }
+  EXPECT_EQ(named, "CONNECT DELETE GET HEAD OPTIONS PATCH POST PUT TRACE ");
   std::unordered_set<HTTPMethod> methods = {HTTPMethod::get, {"GET"}, {"get"}, {""}};
   EXPECT_EQ(methods.size(), 3u);
 }

@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <unordered_set>
 
 #include "quenwick/API/Stack/APIError.h"
 #include "quenwick/API/Stack/RequestExtensions.h"
 #include "quenwick/platform/URLSession.h"
+#include "quenwick/state/Analytics.h"
 #include "tests/support/RecordingLog.h"
 
 namespace quenwick {
@@ -68,12 +70,19 @@ TEST(HTTPHeaderTest, WeighsWithOneDigitAndSixLanguagesAtMost) {
             "j;q=0.1");
 }
 
+// Before the first use, which is the only one that reads them.
+const bool kPrefersTwoLanguages =
+    setenv("LC_ALL", "en_US.UTF-8", 1) == 0 && setenv("LANGUAGE", "de_AT:fr", 1) == 0;
+
 TEST(HTTPHeadersTest, HasTheDefaultsInTheirOrderMadeOnce) {
+  ASSERT_TRUE(kPrefersTwoLanguages);
   const auto& headers = HTTPHeaders::defaultHeaders();
   ASSERT_EQ(headers.size(), 3u);
   EXPECT_EQ(headers[0].description(), "Accept-Encoding: br;q=1.0, gzip;q=0.9, deflate;q=0.8");
-  EXPECT_EQ(headers[1].name, "Accept-Language");
-  EXPECT_TRUE(headers[2].description().starts_with("User-Agent: QuenwickSDK/"));
+  EXPECT_EQ(headers[1].description(), "Accept-Language: de-AT;q=1.0, de;q=0.9, fr;q=0.8");
+  auto agent = HTTPHeader::userAgentValue(Analytics::shared().datapoints());
+  EXPECT_EQ(headers[2].description(), "User-Agent: " + agent);
+  EXPECT_NE(agent, HTTPHeader::userAgentValue({}));
   EXPECT_EQ(&HTTPHeaders::defaultHeaders(), &headers);
 }
 

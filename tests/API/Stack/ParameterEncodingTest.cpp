@@ -221,14 +221,27 @@ TEST(JSONEncodingTest, RefusesWhatJSONCannotHold) {
   EXPECT_THROW(json.encodeWithJSONObject(Unbuildable(), std::nullopt), APIError);
 }
 
-TEST(RequestConvertibleTest, TakesADictionaryOrForJSONAList) {
-  auto body = [](const Value& parameters, ParameterEncoding encoding) {
-    return RequestConvertible({.url = "https://a.example",
-                               .method = HTTPMethod::post,
+TEST(RequestConvertibleTest, HasAllItsPartsAndTakesADictionaryOrForJSONAList) {
+  auto made = [](const Value& parameters, ParameterEncoding encoding,
+                 const char* url = "https://a.example/x") {
+    return RequestConvertible({.url = url,
+                               .method = HTTPMethod::put,
                                .parameters = parameters,
-                               .encoding = encoding})
-        .asURLRequest()
-        .httpBody;
+                               .encoding = encoding,
+                               .headers = HTTPHeaders{{"A", "b"}}})
+        .asURLRequest();
+  };
+  auto whole = made(Dictionary(), URLEncoding());
+  EXPECT_EQ(urlOf(whole) + " " + *whole.httpMethod, "https://a.example/x PUT");
+  EXPECT_EQ(headers(whole).value("A"), "b");
+  try {
+    made(Dictionary(), URLEncoding(), "a b");
+    ADD_FAILURE();
+  } catch (const APIError& error) {
+    EXPECT_TRUE(std::holds_alternative<APIError::InvalidURL>(error.kind()));
+  }
+  auto body = [&](const Value& parameters, ParameterEncoding encoding) {
+    return made(parameters, encoding).httpBody;
   };
   EXPECT_EQ(body(Dictionary{{"a", 1}}, URLEncoding()), "a=1");
   EXPECT_EQ(body(List{1, 2}, JSONEncoding()), "[1,2]");

@@ -1,7 +1,6 @@
 #include "quenwick/API/Stack/Requester.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <filesystem>
 #include <fstream>
@@ -17,6 +16,7 @@
 #include "quenwick/auth/SecureSessionData.h"
 #include "tests/support/FatalMessage.h"
 #include "tests/support/FileContents.h"
+#include "tests/support/PeakMemory.h"
 #include "tests/support/Program.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/SandboxService.h"
@@ -113,6 +113,24 @@ TEST_F(RequesterTest, SendsTheRequestAsItIsDescribed) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
+TEST_F(RequesterTest, AManagersSessionHasTheTimesAndThePolicyThatWereAskedFor) {
+  using enum platform::CachePolicy;
+  for (auto policy : {useProtocolCachePolicy, reloadIgnoringLocalCacheData}) {
+    auto manager = APISource::manager({.requestTimeout = 10,
+                                       .resourceTimeout = 20,
+                                       .cachePolicy = policy,
+                                       .basis = service_.configuration()});
+    const auto& session = manager->session()->configuration();
+    EXPECT_EQ(std::tuple(session.requestTimeout, session.resourceTimeout, session.cachePolicy),
+              std::tuple(10, 20, policy));
+    platform::wait(Requester(manager, *URL::parse(kBase)).requestAPI<Nothing>(get("/ok")));
+    auto fields = *service_.requests().back().find("headers")->as<Dictionary>();
+    const auto* asked = fields.find("Cache-Control");
+    EXPECT_EQ(asked ? *asked : platform::Value(),
+              policy == useProtocolCachePolicy ? platform::Value() : platform::Value("no-cache"));
+  }
+}
+
 TEST_F(RequesterTest, PutsThePathRightBehindTheBase) {
   for (auto [base, path, url] : {std::tuple("https://api.example", "/ok", "https://api.example/ok"),
                                  {"https://api.example/", "/ok", "https://api.example//ok"},
@@ -191,19 +209,6 @@ TEST_F(RequesterTest, AFailedLoadIsLoggedAndKeepsThePlatformsError) {
   EXPECT_EQ(log_->lines(), Lines{"error: " + error.errorDescription()});
 }
 
-// AddressSanitizer keeps what was freed for a while.
-#if __has_feature(address_sanitizer)
-constexpr long kBoundKilobytes = 256L << 10;
-#else
-constexpr long kBoundKilobytes = 64L << 10;
-#endif
-
-long peakKilobytes() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return usage.ru_maxrss;
-}
-
 /// 100 MB of JSON that begins and does not end, compressed so many times.
 std::string zipped(int times) {
   auto made = tests::runProgram({"python3", "-c",
@@ -232,12 +237,12 @@ TEST_F(RequesterTest, ABodyWithoutEndEndsInAnErrorWithinBoundedMemory) {
   auto configuration = service.configuration();
   Requester exposed(APISource::manager({.basis = configuration}), URL::parse(kBase).value());
   platform::wait(exposed.requestAPI<Nothing>(get("/ok")));
-  auto before = peakKilobytes();
+  auto before = tests::peakKilobytes();
   constexpr auto kTooLong = "URLSessionTask failed with error: The answer is longer than allowed.";
   for (auto path : {"/huge", "/endless", "/bomb", "/bombs"}) {
     EXPECT_EQ(failure(exposed, get(path)).errorDescription(), kTooLong) << path;
   }
-  EXPECT_LT(peakKilobytes() - before, kBoundKilobytes);
+  EXPECT_LT(tests::peakKilobytes() - before, tests::kSmallGrowthKilobytes);
 
   configuration = service_.configuration();
   configuration.maximumBodySize = 5;
