@@ -44,16 +44,16 @@ install(DIRECTORY examples/consumer examples/python examples/storefront
   DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libquenwick-dev/examples" COMPONENT development
   PATTERN __pycache__ EXCLUDE)
 
-if(TARGET quenwick-cli)
+if(QUENWICK_PROGRAMS)  # else tests and benchmarks alone have them built
   list(APPEND quenwick_packages tools:quenwick-tools)
   install(TARGETS quenwick-cli quenwick-sandbox
     RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
-  install(FILES docs/sandbox.md
+  install(FILES docs/command-line.md docs/sandbox.md
     DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/quenwick-tools" COMPONENT tools)
 endif()
 
 # Each package has its licence and its changes.
-file(ARCHIVE_CREATE OUTPUT "${made}/changelog.gz" 
+file(ARCHIVE_CREATE OUTPUT "${made}/changelog.gz"
   PATHS "${PROJECT_SOURCE_DIR}/CHANGELOG.md" FORMAT raw COMPRESSION GZip)
 foreach(package IN LISTS quenwick_packages)
   string(REGEX MATCH "^(.*):(.*)$" package "${package}")
