@@ -14,6 +14,7 @@ std::size_t drop(char*, std::size_t one, std::size_t count, void*) { return one 
 CURLM* makeMulti() {
   auto* multi = curl_multi_init();
   curl_multi_setopt(multi, CURLMOPT_MAX_HOST_CONNECTIONS, 6L);
+  curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, 64L);
   return multi;
 }
 

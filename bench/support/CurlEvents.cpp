@@ -10,6 +10,7 @@ CurlEvents::CurlEvents(const platform::URLSessionConfiguration& configuration,
       multi_(curl_multi_init()),
       posts_(atOnce) {
   curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, 6L);
+  curl_multi_setopt(multi_, CURLMOPT_MAXCONNECTS, 64L);
   for (auto& post : posts_) post.easy = made(request, post);
 }
 

@@ -14,6 +14,9 @@ namespace quenwick::platform {
 namespace {
 
 constexpr std::size_t kSpareHandles = 64;
+/// Of all origins together. Left to itself, curl keeps four for each load that there is, and lets
+/// go of most when one load ends alone.
+constexpr long kKeptConnections = 64;
 /// How many loads there are when what they send is held to be written together.
 constexpr std::size_t kWorthHolding = 4;
 
@@ -37,6 +40,7 @@ Loads::Multi Loads::makeMulti() {
   Multi multi(makeCloseOnExecMulti());
   curl_multi_setopt(multi.get(), CURLMOPT_MAX_HOST_CONNECTIONS,
                     static_cast<long>(LoadPlaces::kConnections));
+  curl_multi_setopt(multi.get(), CURLMOPT_MAXCONNECTS, kKeptConnections);
   return multi;
 }
 

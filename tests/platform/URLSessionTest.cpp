@@ -378,7 +378,9 @@ TEST_F(URLSessionTest, ManyLoadsAtOnceShareThreadAndConnections) {
   };
   EXPECT_EQ(arrivedOf(200, "https://a.example/start"), 200);
   service_.sandbox().forgetRequests();
-  EXPECT_EQ(arrivedOf(200, "https://b.example/end"), 200);
+  for (int count : {100, 1, 1, 1, 1, 1, 1, 1, 1, 100}) {
+    EXPECT_EQ(arrivedOf(count, "https://b.example/end"), count);
+  }
   std::set<std::int64_t> connections;
   for (const auto& request : service_.requests()) {
     connections.insert(*request.find("connection")->as<std::int64_t>());
