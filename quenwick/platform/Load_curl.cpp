@@ -114,6 +114,7 @@ void Load::setRequest() {
   body_.clear();
   isHeadComplete_ = false;
   isSent_ = false;
+  isSentAgain_ = false;
   isBodyTooLong_ = false;
   response_ = std::make_shared<HTTPURLResponse>();
   response_->url = request_->url;
@@ -231,13 +232,26 @@ bool Load::receiveBody(std::string_view bytes) {
   return !isBodyTooLong_;
 }
 
+bool Load::doesSomething() const {
+  const auto method = request_->httpMethod.value_or("GET");
+  return method == "POST" || method == "PATCH";
+}
+
 /// Whether the request may be sent now. Curl sends it again where a kept connection ends without an
 /// answer, though the service may have taken it: one that does something is sent once.
 bool Load::isToBeSent() {
-  const auto method = request_->httpMethod.value_or("GET");
-  bool doesSomething = method == "POST" || method == "PATCH";
-  isConnectionLost_ = std::exchange(isSent_, true) && doesSomething;
+  isConnectionLost_ = std::exchange(isSent_, true) && doesSomething();
   return !isConnectionLost_;
+}
+
+/// Whether it met the end of a kept connection of HTTP/2, where curl does not send it again.
+bool Load::isToBeSentAgain(CURLcode code) {
+  if (urlErrorCode(code, 0) != URLErrorCode::networkConnectionLost || doesSomething()) return false;
+  long opened = 0;
+  long received = 0;
+  curl_easy_getinfo(this->easy(), CURLINFO_NUM_CONNECTS, &opened);
+  curl_easy_getinfo(this->easy(), CURLINFO_HEADER_SIZE, &received);
+  return opened == 0 && received == 0 && !std::exchange(isSentAgain_, true);
 }
 
 /// The request that a redirect asks for, once its head was received.

@@ -76,7 +76,9 @@ class Load : public std::enable_shared_from_this<Load> {
   void setTrust();
   bool receiveHeader(std::string_view line);
   bool receiveBody(std::string_view bytes);
+  bool doesSomething() const;
   bool isToBeSent();
+  bool isToBeSentAgain(CURLcode code);
   std::optional<URLRequest> redirect();
   std::shared_ptr<const PlatformError> errorFrom(CURLcode code) const;
   Clock::time_point deadline() const;
@@ -101,6 +103,7 @@ class Load : public std::enable_shared_from_this<Load> {
   bool isHandleUnfit_ = false;   // there was none
   bool isHeadComplete_ = false;
   bool isSent_ = false;
+  bool isSentAgain_ = false;
   bool isConnectionLost_ = false;
   Bytes body_;
   bool isBodyTooLong_ = false;

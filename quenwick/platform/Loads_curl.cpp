@@ -136,7 +136,8 @@ void Loads::put(const std::shared_ptr<Load>& load) {
   hasBegun_ = true;
 }
 
-/// Nothing went wrong but that the handle fits no connection that there is.
+/// Nothing went wrong but that the handle fits no connection that there is, or that the kept one
+/// ended.
 void Loads::putAgain(const std::shared_ptr<Load>& load) {
   pause(*load);
   load->takeAnotherHandle();
@@ -151,7 +152,7 @@ void Loads::putWaiting(const std::string& origin) {
 
 /// A request of the load was answered, or failed.
 void Loads::hopEnded(const std::shared_ptr<Load>& load, CURLcode code) {
-  if (load->isHandleUnfit_) return putAgain(load);
+  if (load->isHandleUnfit_ || load->isToBeSentAgain(code)) return putAgain(load);
   long version = CURL_HTTP_VERSION_NONE;
   curl_easy_getinfo(load->easy(), CURLINFO_HTTP_VERSION, &version);
   if (version >= CURL_HTTP_VERSION_2_0) {

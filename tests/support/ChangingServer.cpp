@@ -70,7 +70,8 @@ int chooseHTTP2(SSL*, const unsigned char** chosen, unsigned char* size, const u
 
 }  // namespace
 
-ChangingServer::ChangingServer(int answersOverHTTP2) : answersOverHTTP2_(answersOverHTTP2) {
+ChangingServer::ChangingServer(int answersOverHTTP2, Closes closes)
+    : answersOverHTTP2_(answersOverHTTP2), closes_(closes) {
   auto own = sandbox::CertificateAuthority::inFolder(folder_.path()).certificate({"a.example"});
   for (auto* context : {&context_, &http2_}) {
     context->reset(SSL_CTX_new(TLS_server_method()));
@@ -138,20 +139,22 @@ void ChangingServer::serve(int socket) {
   if (SSL_accept(stream.get()) == 1) isFirst ? serveHTTP2(stream.get()) : serveHTTP1(stream.get());
   SSL_shutdown(stream.get());
   shutdown(socket, SHUT_RDWR);
+  if (isFirst) isHTTP2Over_.set_value();
 }
 
 void ChangingServer::serveHTTP2(SSL* stream) const {
   static constexpr std::size_t kPreface = 24;
   Frame frame{.type = kSettings, .flags = 0, .stream = std::string(4, '\0'), .payload = {}};
   if (read(stream, kPreface).size() < kPreface || !write(stream, bytesOf(frame))) return;
-  for (int answers = 0; answers < answersOverHTTP2_ && readFrame(stream, frame);) {
+  int left = answersOverHTTP2_;
+  while ((left > 0 || closes_ == Closes::withRequest) && readFrame(stream, frame)) {
     bool isLast = (frame.flags & kLast) != 0;
     if (frame.type == kSettings && !isLast) {
       write(stream, bytesOf({kSettings, kLast, std::string(4, '\0'), {}}));
     } else if ((frame.type == kHeaders || frame.type == kData) && isLast) {
+      if (left-- == 0) return;
       write(stream, bytesOf({kHeaders, kWholeHead, frame.stream, {kStatus200}}) +
                         bytesOf({kData, kLast, frame.stream, "page"}));
-      ++answers;
     }
   }
 }

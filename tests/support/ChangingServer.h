@@ -3,6 +3,7 @@
 #include <openssl/ssl.h>
 
 #include <atomic>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -15,10 +16,12 @@
 namespace quenwick::tests {
 
 /// A server of https://a.example/ that speaks HTTP/2 on its first connection, which it closes after
-/// that many answers, and HTTP/1.1 on all others.
+/// that many answers, or with the request after those, and HTTP/1.1 on all others.
 class ChangingServer {
  public:
-  explicit ChangingServer(int answersOverHTTP2);
+  enum class Closes { afterAnswer, withRequest };
+
+  explicit ChangingServer(int answersOverHTTP2, Closes closes = Closes::afterAnswer);
   ~ChangingServer();
   ChangingServer(const ChangingServer&) = delete;
   ChangingServer& operator=(const ChangingServer&) = delete;
@@ -29,6 +32,8 @@ class ChangingServer {
   void setFolded(bool isFolded) { isFolded_ = isFolded; }
 
   int connections() const { return connections_; }
+
+  void waitForEndOfHTTP2() { isHTTP2Over_.get_future().wait(); }
 
  private:
   struct Free {
@@ -44,6 +49,7 @@ class ChangingServer {
   void serveHTTP1(SSL* stream) const;
 
   const int answersOverHTTP2_;
+  const Closes closes_;
   TemporaryDirectory folder_;
   std::unique_ptr<SSL_CTX, Free> context_;
   std::unique_ptr<SSL_CTX, Free> http2_;
@@ -51,6 +57,7 @@ class ChangingServer {
   std::uint16_t port_ = 0;
   std::atomic<bool> isFolded_ = false;
   std::atomic<int> connections_ = 0;
+  std::promise<void> isHTTP2Over_;
   std::mutex mutex_;
   std::vector<int> sockets_;
   std::vector<std::thread> threads_;
