@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <compare>
 #include <filesystem>
 #include <functional>
@@ -66,9 +67,11 @@ class SecItemBackend {
 /// The sealed file in the folder.
 std::unique_ptr<SecItemBackend> makeSealedBackend(const std::filesystem::path& folder);
 
-/// The desktop's keyring, where the application's items bear its name. `onChange` is called from a
-/// thread of its own when an item may have changed.
+/// The desktop's keyring, where the application's items bear its name; an operation fails that it
+/// has not answered after `patience`. `onChange` is called from a thread of its own when an item
+/// may have changed.
 std::unique_ptr<SecItemBackend> makeSecretServiceBackend(std::string application,
+                                                         std::chrono::milliseconds patience,
                                                          std::function<void()> onChange);
 
 }  // namespace quenwick::platform

@@ -15,8 +15,8 @@
 namespace quenwick::platform {
 namespace {
 
-constexpr std::chrono::milliseconds kPatience(1500);
-constexpr std::int64_t kRetryInterval = 1'000'000'000;  // nanoseconds
+constexpr std::chrono::milliseconds kCallersPatience(500);  // beyond that of an operation
+constexpr std::int64_t kRetryInterval = 1'000'000'000;      // nanoseconds
 
 /// A call on its way to the keychain's thread. One that its caller has given up never begins.
 class Call {
@@ -30,9 +30,9 @@ class Call {
     status_ = status;
     changed_.notify_all();
   }
-  OSStatus wait() {
+  OSStatus wait(std::chrono::milliseconds atMost) {
     std::unique_lock lock(mutex_);
-    isGivenUp_ = !changed_.wait_for(lock, kPatience, [this] { return status_.has_value(); });
+    isGivenUp_ = !changed_.wait_for(lock, atMost, [this] { return status_.has_value(); });
     return status_.value_or(errSecNotAvailable);
   }
 
@@ -42,15 +42,6 @@ class Call {
   bool isGivenUp_ = false;
   std::optional<OSStatus> status_;
 };
-
-OSStatus runOnKeysThread(std::function<OSStatus()> work) {
-  if (keysThread().isCurrent()) return work();
-  auto call = std::make_shared<Call>();
-  keysThread().post([call, work = std::move(work)] {
-    if (call->begin()) call->end(work());
-  });
-  return call->wait();
-}
 
 bool isText(const std::string& text) {
   return isUTF8(text) && text.find('\0') == std::string::npos;
@@ -194,6 +185,15 @@ void SecItemStore::lookForChanges() {
   if (isDue) postLoad();
 }
 
+OSStatus SecItemStore::runOnKeysThread(std::function<OSStatus()> work) const {
+  if (keysThread().isCurrent()) return work();
+  auto call = std::make_shared<Call>();
+  keysThread().post([call, work = std::move(work)] {
+    if (call->begin()) call->end(work());
+  });
+  return call->wait(options_.patience + kCallersPatience);
+}
+
 bool SecItemStore::isRetryDue() const { return coarseNow() - lastTried_ >= kRetryInterval; }
 
 void SecItemStore::postLoad() {
@@ -256,7 +256,7 @@ SecItemBackendKind SecItemStore::chooseBackend() {
 
 std::unique_ptr<SecItemBackend> SecItemStore::makeBackend(SecItemBackendKind kind) {
   if (kind == SecItemBackendKind::sealedFile) return makeSealedBackend(options_.folder);
-  return makeSecretServiceBackend(options_.application, [this] { postLoad(); });
+  return makeSecretServiceBackend(options_.application, options_.patience, [this] { postLoad(); });
 }
 
 /// Whether the item of that name is not the one that the query describes.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -26,6 +27,8 @@ class SecItemStore {
     std::string application;
     /// The choice where none is recorded yet.
     std::optional<SecItemBackendKind> preferred = std::nullopt;
+    /// How long one operation waits for a keyring; its caller waits half a second longer.
+    std::chrono::milliseconds patience = std::chrono::seconds(1);
   };
 
   /// The one behind the `SecItem` functions: the application's own, unless a test set another.
@@ -51,6 +54,7 @@ class SecItemStore {
   void lookForChanges();
   bool isRetryDue() const;
   void postLoad();
+  OSStatus runOnKeysThread(std::function<OSStatus()> work) const;
 
   // On the keychain's thread.
   OSStatus attempt(const std::function<OSStatus(SecItemBackend&)>& work);

@@ -58,21 +58,22 @@ using FoundItems = std::vector<GObjectPointer<SecretItem>>;
 
 std::string pathOf(SecretItem* item) { return g_dbus_proxy_get_object_path(G_DBUS_PROXY(item)); }
 
-/// The items of one application in the desktop's keyring. Every operation ends within about a
-/// second, by an error where the bus or the keyring does not answer.
+/// The items of one application in the desktop's keyring. Every operation ends in about the time
+/// that it is given, by an error where the bus or the keyring does not answer.
 class SecretServiceBackend : public SecItemBackend {
  public:
-  SecretServiceBackend(std::string application, std::function<void()> onChange)
-      : application_(std::move(application)), onChange_(std::move(onChange)) {}
+  SecretServiceBackend(std::string application, std::chrono::milliseconds patience,
+                       std::function<void()> onChange)
+      : application_(std::move(application)), patience_(patience), onChange_(std::move(onChange)) {}
 
   SecItems load() override {
     OwnMainContext context;
-    OneSecond second;
+    TimeLimit limit(patience_);
     constexpr auto kFlags =  // NOLINTNEXTLINE(clang-analyzer-optin.core.EnumCastOutOfRange)
         static_cast<SecretSearchFlags>(SECRET_SEARCH_ALL | SECRET_SEARCH_LOAD_SECRETS);
-    auto found = search(attributes(), kFlags, second.cancellable());
+    auto found = search(attributes(), kFlags, limit.cancellable());
     // Only now: a keyring that is locked meanwhile finds nothing, and says so without an error.
-    unlockedCollection(second.cancellable());
+    unlockedCollection(limit.cancellable());
     SecItems items;
     for (const auto& item : found) {
       auto [key, value] = read(item.get());
@@ -83,34 +84,34 @@ class SecretServiceBackend : public SecItemBackend {
 
   std::optional<SecItem> add(const SecItemKey& key, SecItem item) override {
     OwnMainContext context;
-    OneSecond second;
-    auto collection = unlockedCollection(second.cancellable());
-    if (!find(key, second.cancellable()).empty()) return std::nullopt;
-    item.reference = pathOf(create(collection, key, item, second.cancellable()).get());
+    TimeLimit limit(patience_);
+    auto collection = unlockedCollection(limit.cancellable());
+    if (!find(key, limit.cancellable()).empty()) return std::nullopt;
+    item.reference = pathOf(create(collection, key, item, limit.cancellable()).get());
     return item;
   }
 
   // By an item that takes the old one's place: setting an item's secret is told to nobody.
   bool update(const SecItemKey& key, const Bytes& data) override {
     OwnMainContext context;
-    OneSecond second;
-    auto collection = unlockedCollection(second.cancellable());
-    auto found = find(key, second.cancellable());
+    TimeLimit limit(patience_);
+    auto collection = unlockedCollection(limit.cancellable());
+    auto found = find(key, limit.cancellable());
     if (found.empty()) return false;
     Attributes before(secret_item_get_attributes(found.front().get()));
     SecItem item{text(before, "generic"), text(before, "accessible"), data};
-    auto path = pathOf(create(collection, key, item, second.cancellable()).get());
+    auto path = pathOf(create(collection, key, item, limit.cancellable()).get());
     std::erase_if(found, [&](const auto& other) { return pathOf(other.get()) == path; });
-    remove(found, second.cancellable());  // from other collections
+    remove(found, limit.cancellable());  // from other collections
     return true;
   }
 
   bool remove(const SecItemKey& key) override {
     OwnMainContext context;
-    OneSecond second;
-    unlockedCollection(second.cancellable());
-    auto found = find(key, second.cancellable());
-    remove(found, second.cancellable());
+    TimeLimit limit(patience_);
+    unlockedCollection(limit.cancellable());
+    auto found = find(key, limit.cancellable());
+    remove(found, limit.cancellable());
     return !found.empty();
   }
 
@@ -252,6 +253,7 @@ class SecretServiceBackend : public SecItemBackend {
   }
 
   const std::string application_;
+  const std::chrono::milliseconds patience_;
   const std::function<void()> onChange_;
   const std::shared_ptr<std::atomic<bool>> isOwnerNew_ = std::make_shared<std::atomic<bool>>(false);
   mutable std::mutex mutex_;
@@ -264,8 +266,10 @@ class SecretServiceBackend : public SecItemBackend {
 }  // namespace
 
 std::unique_ptr<SecItemBackend> makeSecretServiceBackend(std::string application,
+                                                         std::chrono::milliseconds patience,
                                                          std::function<void()> onChange) {
-  return std::make_unique<SecretServiceBackend>(std::move(application), std::move(onChange));
+  return std::make_unique<SecretServiceBackend>(std::move(application), patience,
+                                                std::move(onChange));
 }
 
 }  // namespace quenwick::platform

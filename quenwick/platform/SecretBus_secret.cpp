@@ -7,14 +7,12 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <string_view>
 #include <utility>
 
 namespace quenwick::platform {
 namespace {
 
-constexpr std::chrono::seconds kPatience(1);
 constexpr std::string_view kKeyringName = "org.freedesktop.secrets";
 constexpr std::string_view kKeyringPath = "/org/freedesktop/secrets";
 
@@ -76,9 +74,9 @@ void throwIfSet(GError* error) {
   throw SecItemError(isLocked ? errSecInteractionNotAllowed : errSecNotAvailable, error->message);
 }
 
-OneSecond::OneSecond()
+TimeLimit::TimeLimit(std::chrono::milliseconds limit)
     : cancellable_(g_cancellable_new(), [](GCancellable* object) { g_object_unref(object); }),
-      timer_(postAfter(kPatience, pool(),
+      timer_(postAfter(limit, pool(),
                        [cancellable = cancellable_] { g_cancellable_cancel(cancellable.get()); })) {
 }
 

@@ -2,6 +2,7 @@
 
 #include <gio/gio.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -19,10 +20,10 @@ using GObjectPointer = std::unique_ptr<T, ReleaseGObject>;
 /// Throws the error as a `SecItemError`; nothing happens where there is none.
 void throwIfSet(GError* error);
 
-/// Has operations of GLib end, with an error, one second after its construction.
-class OneSecond {
+/// Has operations of GLib end, with an error, so long after its construction.
+class TimeLimit {
  public:
-  OneSecond();
+  explicit TimeLimit(std::chrono::milliseconds limit);
   GCancellable* cancellable() const { return cancellable_.get(); }
 
  private:

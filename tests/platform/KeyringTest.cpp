@@ -34,14 +34,19 @@ std::chrono::steady_clock::duration duration(Work work) {
 class KeyringTest : public testing::Test {
  protected:
   /// A keychain that has made no choice yet.
-  SecItemStore& undecided() { return SecItemStore::make({folder(), "com.example.tests"}); }
+  SecItemStore& undecided() {
+    return SecItemStore::make({.folder = folder(),
+                               .application = "com.example.tests",
+                               .patience = std::chrono::minutes(1)});
+  }
   const std::filesystem::path& folder() const { return place_.folder(); }
   tests::Keyring& keyring() { return place_.keyring(); }
 
-  /// Writes until that succeeds.
+  /// Writes until that has succeeded, if only after its caller had given up.
   static bool isStored(SecItemStore& store, std::string_view account) {
     for (int i = 0; i < 5000; ++i) {
-      if (add(store, account, "value") == errSecSuccess) return true;
+      auto status = add(store, account, "value");
+      if (status == errSecSuccess || status == errSecDuplicateItem) return true;
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return false;
@@ -76,8 +81,10 @@ TEST_F(KeyringTest, IsNotChosenWhereItCannotBeUsed) {
     prepare();
     auto home = folder() / name;
     auto& store = SecItemStore::make({home, "com.example.tests"});
-    EXPECT_LT(duration([&] { EXPECT_EQ(store.backend(), kSealedFile); }), std::chrono::seconds(2));
-    EXPECT_EQ(add(store, "account", "value"), errSecSuccess);
+    EXPECT_LT(duration([&] { store.backend(); }), std::chrono::seconds(2));
+    keysThread().drain(std::chrono::minutes(1));  // a disk may be slow, too
+    EXPECT_EQ(store.backend(), kSealedFile);
+    EXPECT_TRUE(isStored(store, "account"));
     restore();
     // The choice is for good.
     auto& later = SecItemStore::make({home, "com.example.tests", kSecretService});
@@ -98,17 +105,18 @@ TEST_F(KeyringTest, WhatIsKnownIsServedWhileItIsLockedAndNothingIsWritten) {
   auto& store = place_.open();
   ASSERT_EQ(add(store, "account", "value"), errSecSuccess);
   ASSERT_EQ(data(store, "account"), "value");
-  keyring().lock();
   auto log = tests::RecordingLog::install();
+  keyring().lock();
   EXPECT_EQ(add(store, "other", "value"), errSecInteractionNotAllowed);
   EXPECT_EQ(store.update(item("account"), {.kSecValueData = "new"}), errSecInteractionNotAllowed);
   EXPECT_EQ(store.remove(item("account")), errSecInteractionNotAllowed);
   EXPECT_EQ(data(store, "account"), "value");
   EXPECT_EQ(data(store, "absent"), std::nullopt);
-  EXPECT_EQ(log->count("error: The keychain is out of reach: the keyring is locked"), 1);
+  EXPECT_EQ(log->count("error: The keychain is out of reach"), 1);
 
   auto& unknowing = place_.open();
   EXPECT_EQ(data(unknowing, "account"), std::nullopt);
+  EXPECT_GE(log->count("error: The keychain is out of reach: the keyring is locked"), 1);
   EXPECT_LT(duration([&] {
               for (int i = 0; i < 1000; ++i) data(unknowing, "account");
             }),
@@ -120,9 +128,9 @@ TEST_F(KeyringTest, WhatIsKnownIsServedWhileItIsLockedAndNothingIsWritten) {
 }
 
 TEST_F(KeyringTest, WhatIsKnownIsServedWhenItIsKilledAndItIsUsedAgainOnceItIsBack) {
-  auto& store = place_.open();
-  ASSERT_EQ(add(store, "account", "value"), errSecSuccess);
-  ASSERT_EQ(data(store, "account"), "value");
+  auto& store = place_.openOfUsualPatience();
+  ASSERT_TRUE(isStored(store, "account"));
+  ASSERT_TRUE(becomes(store, "account", "value"));
   keyring().kill();
   EXPECT_LT(duration([&] { EXPECT_NE(add(store, "other", "value"), errSecSuccess); }),
             std::chrono::seconds(3));
@@ -136,9 +144,9 @@ TEST_F(KeyringTest, WhatIsKnownIsServedWhenItIsKilledAndItIsUsedAgainOnceItIsBac
 }
 
 TEST_F(KeyringTest, AHangingKeyringOrBusBlocksNobodyForLong) {
-  auto& store = place_.open();
-  ASSERT_EQ(add(store, "account", "value"), errSecSuccess);
-  ASSERT_EQ(data(store, "account"), "value");
+  auto& store = place_.openOfUsualPatience();
+  ASSERT_TRUE(isStored(store, "account"));
+  ASSERT_TRUE(becomes(store, "account", "value"));
   for (auto* hanging : {&keyring().daemon(), &keyring().bus()}) {
     hanging->signal(SIGSTOP);
     EXPECT_LT(duration([&] { EXPECT_NE(add(store, "other", "value"), errSecSuccess); }),
@@ -151,8 +159,8 @@ TEST_F(KeyringTest, AHangingKeyringOrBusBlocksNobodyForLong) {
 
 // Tasks read there, one after the other: if each waited, the last would wait for all.
 TEST_F(KeyringTest, OnTheKeychainsThreadManyReadsOfAHangingKeyringWaitOnce) {
-  ASSERT_EQ(add(place_.open(), "account", "value"), errSecSuccess);
-  auto& store = place_.open();
+  ASSERT_TRUE(isStored(place_.openOfUsualPatience(), "account"));
+  auto& store = place_.openOfUsualPatience();
   keyring().daemon().signal(SIGSTOP);
   auto readThere = [](SecItemStore* from) -> Task<std::optional<std::string>> {
     co_return co_await onKeysThread([from] { return data(*from, "account"); });
@@ -172,7 +180,8 @@ TEST_F(KeyringTest, OnTheKeychainsThreadManyReadsOfAHangingKeyringWaitOnce) {
 
 TEST_F(KeyringTest, ItemsOfAnotherApplicationAreNotSeen) {
   add(place_.open(), "account", "value");
-  auto& other = SecItemStore::make({folder() / "other", "com.example.other", kSecretService});
+  auto& other = SecItemStore::make(
+      {folder() / "other", "com.example.other", kSecretService, std::chrono::minutes(1)});
   EXPECT_EQ(data(other, "account"), std::nullopt);
   EXPECT_EQ(add(other, "account", "another"), errSecSuccess);
   EXPECT_EQ(data(place_.open(), "account"), "value");

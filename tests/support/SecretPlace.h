@@ -70,8 +70,12 @@ class SecretPlace {
   Keyring& keyring() { return *keyring_; }
   const std::filesystem::path& folder() const { return folder_.path(); }
 
-  /// The application's keychain, as a new process of it has it.
+  /// The application's keychain, as a new process of it has it. Its keyring may be slow, unless the
+  /// test is of one that hangs.
   platform::SecItemStore& open() {
+    return platform::SecItemStore::make({folder_.path(), "com.example.tests", kind_, kSlow});
+  }
+  platform::SecItemStore& openOfUsualPatience() {
     return platform::SecItemStore::make({folder_.path(), "com.example.tests", kind_});
   }
 
@@ -85,10 +89,12 @@ class SecretPlace {
   }
   platform::SecItemStore& openOfKeys() {
     return platform::SecItemStore::make(
-        {folder_.path() / "com.example.keys", "com.example.keys", kind_});
+        {folder_.path() / "com.example.keys", "com.example.keys", kind_, kSlow});
   }
 
  private:
+  static constexpr std::chrono::minutes kSlow{1};
+
   const platform::SecItemBackendKind kind_;
   TemporaryDirectory folder_;
   std::unique_ptr<Keyring> keyring_;

@@ -4,7 +4,9 @@
 
 #include "quenwick/API/APIService/APIService.h"
 #include "quenwick/API/Repository/BehavioralVerificationRepository.h"
+#include "quenwick/platform/HostConfiguration.h"
 #include "quenwick/platform/JSONSerialization.h"
+#include "quenwick/platform/SecItemStore.h"
 
 namespace quenwick::tests {
 namespace {
@@ -15,7 +17,16 @@ using platform::Value;
 
 constexpr auto kKey = "demo-key";
 
+/// The application's own, on a disk that may be slow.
+platform::SecItemStore& patientKeychain() {
+  return platform::SecItemStore::make({.folder = platform::settingsDirectory(),
+                                       .application = "com.example.tests",
+                                       .preferred = platform::SecItemBackendKind::sealedFile,
+                                       .patience = std::chrono::minutes(1)});
+}
+
 platform::URL verified(SandboxService& service) {
+  platform::SecItemStore::setStandard(patientKeychain());
   auto host = APIService::Host::custom(*platform::URL::parse(service.sandbox().service()));
   APIService::setShared(std::make_shared<APIService>(host, service.configuration()));
   BehavioralVerificationRepository repository;
