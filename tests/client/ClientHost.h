@@ -58,7 +58,7 @@ class ClientHost : public testing::Test {
       {"link": "https://l.example/p/go/3", "chain": [{"to": "/slow"}],
        "end": {"status": 200, "delay": 60000}},
       {"link": "https://l.example/spring/sale", "chain": [{"to": "shopapp://sale"}]},
-      {"link": "https://l.example/late", "chain": [{"delay": 1500, "to": "shopapp://late"}]}],
+      {"link": "https://l.example/late", "chain": [{"delay": 5000, "to": "shopapp://late"}]}],
     "behavior": {"keys": [{"key": "key", "bundleIdentifiers": ["com.example.shop"]},
                           {"key": "second-key"}, {"key": "a"}],
       "service": "https://api.example", "endpoint": "https://events.example/v1/events"}})";

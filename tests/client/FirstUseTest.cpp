@@ -90,6 +90,8 @@ TEST_F(FirstUseTest, SecretsLieWithTheKeyringWhereTheConfigurationSaysSo) {
   ASSERT_TRUE(task && task->waitFor(std::chrono::seconds(60)));
   auto record = home_.path() / "com.example.shop" / "keychain.backend";
   EXPECT_EQ(contents(record), "secret-service\n");
+  EXPECT_TRUE(lines_.waitFor(
+      [](const auto& line) { return line.find("The keychain is out of reach") != line.npos; }));
   EXPECT_EQ(logged("error: The keychain is out of reach"), 1);
 }
 

@@ -67,7 +67,7 @@ TEST_F(ManyCallsTest, AnotherStartReplacesTheHandlerAndAddsTheRest) {
 
 TEST_F(ManyCallsTest, ThreadsMayCallEverythingAtOnce) {
   std::atomic<int> published = 0;
-  std::atomic<int> resolved = 0;
+  Collected<std::string> resolved;
   constexpr int kThreads = 4;
   constexpr int kRounds = 20;
   auto use = [&](int thread) {
@@ -78,7 +78,8 @@ TEST_F(ManyCallsTest, ThreadsMayCallEverythingAtOnce) {
       auto subscription =
           QWClient::storedDeeplinkPublisher().subscribe([&published](const auto&) { ++published; });
       EXPECT_TRUE(QWClient::handleUniversalLink(kLink));
-      QWClient::resolve(kLink, [&resolved](const auto&) { ++resolved; });
+      QWClient::resolve(
+          kLink, [&resolved](const auto& result) { resolved.add(std::get<std::string>(result)); });
       QWClient::addHandleablePaths({{name, {name}}});
       EXPECT_TRUE(QWClient::handleablePaths().contains(name));
       QWClient::removeHandleablePaths(name);
@@ -94,6 +95,8 @@ TEST_F(ManyCallsTest, ThreadsMayCallEverythingAtOnce) {
   }
   EXPECT_EQ(QWClient::domains().size(), 1U + kThreads * kRounds);
   EXPECT_EQ(results_.wait(kThreads * kRounds),
+            Texts(std::size_t{kThreads * kRounds}, kDestination));
+  EXPECT_EQ(resolved.wait(kThreads * kRounds),
             Texts(std::size_t{kThreads * kRounds}, kDestination));
   EXPECT_TRUE(QWClient::flush(std::chrono::seconds(30)));
 }

@@ -20,7 +20,7 @@ namespace quenwick::tests {
 /// A manager that is not started yet, a service to start it with, and its log.
 class EventTest : public testing::Test {
  protected:
-  static constexpr std::chrono::seconds kPatience{60};
+  static constexpr std::chrono::seconds kPatience{300};
   static constexpr auto kNotEnabled = "default: Could not log event - Events are not enabled";
 
   void start() { manager_->start(service_.endpoint()); }

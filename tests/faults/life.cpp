@@ -19,10 +19,12 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <random>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <vector>
 
 #include "quenwick/client/QWClient.h"
 #include "quenwick/events/BehaviorEventManager.h"
@@ -65,6 +67,21 @@ struct Links {
   std::atomic<int> outcomes = 0;
 };
 
+/// Handshakes that were asked for.
+class Handshakes {
+ public:
+  void add(std::optional<TaskHandle> begun) {
+    std::erase_if(underWay_, [](const auto& each) { return each.waitFor(0s); });
+    if (begun) underWay_.push_back(*std::move(begun));
+  }
+  void wait() const {
+    for (const auto& each : underWay_) each.waitFor(kPatience);
+  }
+
+ private:
+  std::vector<TaskHandle> underWay_;
+};
+
 Configuration configuration(char** words) {
   std::ifstream authority(words[1]);
   auto port = static_cast<std::uint16_t>(std::atoi(words[2]));
@@ -76,7 +93,7 @@ Configuration configuration(char** words) {
 }
 
 /// One thing that hosts do.
-void act(unsigned chance, Journal& journal, Links& links) {
+void act(unsigned chance, Journal& journal, Links& links, Handshakes& handshakes) {
   if (chance < 60) return QWClient::logEvent("step", {{"id", journal.next()}});
   if (chance < 80) return QWClient::productViewed({{"id", journal.next()}, {"price", 3.5}});
   if (chance < 88) {
@@ -89,7 +106,7 @@ void act(unsigned chance, Journal& journal, Links& links) {
                              {.deadline = 500ms});
   }
   if (chance < 97) return QWClient::setQWU("user-" + std::to_string(chance));
-  QWClient::registerForBehaviors("demo-key");
+  handshakes.add(QWClient::registerForBehaviors("demo-key"));
 }
 
 /// Kilobytes of memory that no file stands behind.
@@ -161,22 +178,25 @@ int main(int count, char** words) {
   tests::followClock(words[6]);
   Journal journal(words[3], words[4]);
   Links links;
+  Handshakes handshakes;
   std::mt19937 random(static_cast<unsigned>(std::atoi(words[5])));
   if (!configure(configuration(words))) return 3;
   QWClient::start({.apiKey = "demo-key",
                    .deeplinkDomains = {"links.shop.example"},
                    .deeplinkHandler = [&](const DeeplinkResult&) { ++links.outcomes; }});
-  auto live = [&] { act(random() % 100, journal, links); };
+  auto live = [&] { act(random() % 100, journal, links, handshakes); };
   auto isToEndSoon = [&] { return isToEnd(static_cast<int>(random() % 4)); };
   for (int turn = 0; turn < kFirstTurns; ++turn, isToEndSoon()) live();
   QWClient::flush(kPatience);
   settle(links);
+  handshakes.wait();
   auto first = holdings();
   while (!isToEndSoon()) {
     if (waitingEvents() < kMostWaiting) live();
   }
   bool isFlushed = QWClient::flush(kPatience);
   bool isSettled = settle(links);
+  handshakes.wait();
   printBooks(QWClient::shared()->eventManager().counts(), journal, links);
   auto last = holdings();
   bool isShutDown = QWClient::shutdown(10s);

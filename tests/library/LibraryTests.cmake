@@ -10,7 +10,8 @@ target_compile_definitions(library_tests PRIVATE QUENWICK_LIBRARY="$<TARGET_FILE
   QUENWICK_SOURCES="${PROJECT_SOURCE_DIR}" QUENWICK_HEADERS="${headers}")
 quenwick_program(library_tests)
 add_dependencies(library_tests quenwick)
-gtest_discover_tests(library_tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+gtest_discover_tests(library_tests DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
+  PROPERTIES TIMEOUT 300)
 
 add_executable(beside_sandbox library/besideSandbox.cpp support/Program.cpp)
 target_include_directories(beside_sandbox PRIVATE "${tests_view}")

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <semaphore>
 #include <thread>
 
 #include "quenwick/platform/Error.h"
@@ -53,21 +54,25 @@ TEST(Task, AnExceptionThatLeavesAStartedTaskIsLogged) {
   EXPECT_EQ(log->count("error: a task failed: broken"), 1);
 }
 
-Task<void> untilStopped(std::stop_token stop, std::shared_ptr<std::atomic<bool>> isStopped) {
-  co_await suspend<void>([stop](Continuation<void> continuation) {
+Task<void> untilStopped(std::stop_token stop, std::shared_ptr<std::binary_semaphore> isWaiting,
+                        std::shared_ptr<std::atomic<bool>> isStopped) {
+  co_await suspend<void>([stop, isWaiting](Continuation<void> continuation) {
     auto* callback = new std::optional<std::stop_callback<std::function<void()>>>;
     callback->emplace(stop, [continuation, callback] {
       pool().post([callback] { delete callback; });
       continuation.resume();
     });
+    isWaiting->release();
   });
   *isStopped = true;
 }
 
 TEST(Task, AHandleCancelsWhatHoldsItsToken) {
+  auto isWaiting = std::make_shared<std::binary_semaphore>(0);
   auto isStopped = std::make_shared<std::atomic<bool>>(false);
   std::stop_source stop;
-  auto handle = startTask(untilStopped(stop.get_token(), isStopped), stop);
+  auto handle = startTask(untilStopped(stop.get_token(), isWaiting, isStopped), stop);
+  isWaiting->acquire();
   EXPECT_FALSE(handle.waitFor(std::chrono::milliseconds(20)));
   handle.cancel();
   handle.wait();

@@ -22,7 +22,8 @@ target_compile_definitions(runtime_tests PRIVATE
   SANITIZER_RUNTIME="${sanitizer_runtime}"
   PYTHON_EXAMPLE="${PROJECT_SOURCE_DIR}/examples/python/quenwick_session.py")
 add_dependencies(runtime_tests quenwick)
-gtest_discover_tests(runtime_tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+gtest_discover_tests(runtime_tests DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
+  PROPERTIES TIMEOUT 300)
 
 foreach(compiler gcc clang-19)
   add_test(NAME "TheCInterfaceCompilesInAHost.${compiler}"

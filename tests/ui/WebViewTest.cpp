@@ -49,7 +49,7 @@ TEST_F(WebViewTest, AHiddenCloseButtonLeavesTheEscapeKey) {
 }
 
 TEST_F(WebViewTest, ASpinnerTurnsOverBlackUntilThePageAppears) {
-  serve({{"/slow", {{"body", page("")}, {"delay", 2000}}}});
+  serve({{"/slow", {{"body", page("")}, {"delay", 6000}}}});
   start("message", "/slow");
   auto isLit = [&] {
     for (int distance = 8; distance < 19; ++distance) {

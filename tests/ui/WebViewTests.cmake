@@ -24,7 +24,7 @@ add_executable(web_view_tests
 target_link_libraries(web_view_tests PRIVATE quenwick_ui_test_support)
 quenwick_program(web_view_tests)
 add_test(NAME web_view_tests COMMAND web_view_tests)
-set_tests_properties(web_view_tests PROPERTIES TIMEOUT 300)
+set_tests_properties(web_view_tests PROPERTIES TIMEOUT 900)
 
 quenwick_test(storefront_tests ui/StorefrontTest.cpp LINKS quenwick_ui_test_support)
 

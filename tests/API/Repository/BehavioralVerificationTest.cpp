@@ -71,7 +71,7 @@ class BehavioralVerificationTest : public testing::Test {
       } catch (const APIKeyError&) {
         continue;
       }
-      if (item(Item::behaviorVerificationAPIToken) == key && !isCacheEmpty()) return true;
+      if (item(Item::behaviorVerificationAPIToken) == key && isCacheFull()) return true;
     }
     return false;
   }
@@ -80,6 +80,9 @@ class BehavioralVerificationTest : public testing::Test {
   Text item(Item item) { return keychain().string(rawValue(item)); }
   std::optional<double> expiry() {
     return keychain().doubleValue(rawValue(Item::behaviorAPITokenExpiresAt));
+  }
+  bool isCacheFull() {
+    return item(Item::behaviorAPIToken) && item(Item::behaviorAPIEndpoint) && expiry();
   }
   bool isCacheEmpty() {
     return !item(Item::behaviorAPIToken) && !item(Item::behaviorAPIEndpoint) && !expiry();
