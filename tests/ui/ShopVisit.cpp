@@ -10,6 +10,12 @@ using platform::Dictionary;
 /// Shorter lines of a colour are those of texts.
 constexpr int kWidth = 60;
 
+/// Whether it is a button of the shop, not one of the service's pages.
+bool isShops(ShopVisit::Place place) {
+  using enum ShopVisit::Place;
+  return place == allProducts || place == addToBasket || place == offer;
+}
+
 /// The first of the texts that the dictionary has under one of the keys.
 std::string firstOf(const Dictionary& dictionary, std::initializer_list<const char*> keys) {
   for (const auto* key : keys) {
@@ -48,8 +54,21 @@ bool ShopVisit::goes(Place place) const {
 bool ShopVisit::tap(Place place) {
   if (!comes(place)) return false;
   auto where = display_.widestPlaceOf(place, kWidth);
-  if (where) display_.click(where->first, where->second);
-  return where.has_value();
+  if (!where) return false;
+  auto [x, y] = *where;
+  if (isShops(place) && !answersPointer(x, y)) return false;
+  display_.click(x, y);
+  return true;
+}
+
+/// Whether what is there takes on another colour under the pointer: it does once no view that goes
+/// lies over it any more.
+bool ShopVisit::answersPointer(int x, int y) const {
+  auto before = display_.colorAt(x, y);
+  return eventually([&, moves = 0]() mutable {
+    display_.moveTo(x + ++moves % 2, y);
+    return display_.colorAt(x, y) != before;
+  });
 }
 
 void ShopVisit::pressEscape() {

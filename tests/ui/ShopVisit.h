@@ -44,6 +44,7 @@ class ShopVisit {
 
  private:
   bool isSeen(Place place) const;
+  bool answersPointer(int x, int y) const;
 
   Display& display_;
   const SandboxService& service_;
