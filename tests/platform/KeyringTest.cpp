@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <type_traits>
+#include <utility>
 
 #include "quenwick/platform/KeysThread.h"
 #include "tests/support/RecordingLog.h"
@@ -29,6 +31,12 @@ std::chrono::steady_clock::duration duration(Work work) {
   auto start = std::chrono::steady_clock::now();
   work();
   return std::chrono::steady_clock::now() - start;
+}
+
+/// What the work returns on the keychain's thread, where no call is given up.
+template <class Work>
+Task<std::invoke_result_t<Work>> there(Work work) {
+  co_return co_await onKeysThread(std::move(work));
 }
 
 class KeyringTest : public testing::Test {
@@ -84,7 +92,7 @@ TEST_F(KeyringTest, IsNotChosenWhereItCannotBeUsed) {
     EXPECT_LT(duration([&] { store.backend(); }), std::chrono::seconds(2));
     keysThread().drain(std::chrono::minutes(1));  // a disk may be slow, too
     EXPECT_EQ(store.backend(), kSealedFile);
-    EXPECT_TRUE(isStored(store, "account"));
+    EXPECT_EQ(wait(there([&] { return add(store, "account", "value"); })), errSecSuccess);
     restore();
     // The choice is for good.
     auto& later = SecItemStore::make({home, "com.example.tests", kSecretService});
@@ -162,17 +170,15 @@ TEST_F(KeyringTest, OnTheKeychainsThreadManyReadsOfAHangingKeyringWaitOnce) {
   ASSERT_TRUE(isStored(place_.openOfUsualPatience(), "account"));
   auto& store = place_.openOfUsualPatience();
   keyring().daemon().signal(SIGSTOP);
-  auto readThere = [](SecItemStore* from) -> Task<std::optional<std::string>> {
-    co_return co_await onKeysThread([from] { return data(*from, "account"); });
-  };
+  auto read = [&] { return data(store, "account"); };
   auto took = duration([&] {
-    for (int i = 0; i < 20; ++i) EXPECT_EQ(wait(readThere(&store)), std::nullopt);
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(wait(there(read)), std::nullopt);
   });
   EXPECT_LT(took, std::chrono::seconds(8));
   keyring().daemon().signal(SIGCONT);
   bool isBack = false;
   for (int i = 0; i < 10'000 && !isBack; ++i) {
-    isBack = wait(readThere(&store)) == "value";
+    isBack = wait(there(read)) == "value";
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   EXPECT_TRUE(isBack);

@@ -41,12 +41,21 @@ std::string read(const std::string& account) {
   return data.value_or("none");
 }
 
-/// Whether it is stored at last: a keyring that is busy may need more than its second.
-bool isStored(const std::string& account, const std::string& value) {
+/// Whether it succeeds at last: a keyring that is busy may need more than its second.
+template <class Try>
+bool succeeds(Try once) {
   for (int tries = 0; tries < 10; ++tries) {
-    if (write(account, value)) return true;
+    if (once()) return true;
   }
   return false;
+}
+
+bool isStored(const std::string& account, const std::string& value) {
+  return succeeds([&] { return write(account, value); });
+}
+
+bool isRead(const std::string& account, const std::string& value) {
+  return succeeds([&] { return read(account) == value; });
 }
 
 int writeMany(const std::string& prefix) {
@@ -62,9 +71,7 @@ int runLoop() {
   // The host's own use of the bus, as any desktop program has it: of the one connection that a
   // process has, and which ends it with the bus unless somebody has said otherwise.
   auto* bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
-  if (!bus || !isStored("kept", "a secret")) return 3;
-  while (read("kept") != "a secret") {  // in memory from now on
-  }
+  if (!bus || !isStored("kept", "a secret") || !isRead("kept", "a secret")) return 3;
   auto* loop = g_main_loop_new(nullptr, FALSE);
   auto writeOn = [](gpointer) -> gboolean { return write("other", "x") || G_SOURCE_CONTINUE; };
   g_timeout_add(10, writeOn, nullptr);
